@@ -1,0 +1,67 @@
+// Helpers shared by the unit tests.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "flio/flaDump.h"
+
+namespace flio_test {
+
+using Bytes = std::vector<unsigned char>;
+
+// "E0 AB" -> {0xE0, 0xAB}; spaces are ignored.
+inline Bytes Hex(const std::string& text) {
+    Bytes out;
+    int nibble = -1;
+    for (char c : text) {
+        int v;
+        if (c >= '0' && c <= '9') v = c - '0';
+        else if (c >= 'a' && c <= 'f') v = c - 'a' + 10;
+        else if (c >= 'A' && c <= 'F') v = c - 'A' + 10;
+        else continue;
+        if (nibble < 0) nibble = v;
+        else {
+            out.push_back(static_cast<unsigned char>(nibble * 16 + v));
+            nibble = -1;
+        }
+    }
+    return out;
+}
+
+inline std::string ToHex(const Bytes& b) {
+    static const char* digits = "0123456789ABCDEF";
+    std::string s;
+    for (std::size_t i = 0; i < b.size(); ++i) {
+        if (i) s += ' ';
+        s += digits[b[i] >> 4];
+        s += digits[b[i] & 15];
+    }
+    return s;
+}
+
+// The committed bytes of a stream, with any pending bits flushed.
+inline Bytes Flushed(flaDump& dump) {
+    dump.PadLastByte();
+    return dump.GetBuffer();
+}
+
+// Counts the bits reported per cost code.
+class CountingCallback : public flaDump::SizeCallback {
+public:
+    void AddBits(unsigned int costCode, int bitCount) override {
+        if (costCode >= bits.size()) bits.resize(costCode + 1, 0);
+        bits[costCode] += bitCount;
+        ++calls;
+    }
+    std::vector<long long> bits;
+    int calls = 0;
+    long long Total() const {
+        long long t = 0;
+        for (long long b : bits) t += b;
+        return t;
+    }
+};
+
+}  // namespace flio_test

@@ -1,0 +1,127 @@
+// Fonts. Output fonts (one per face a text uses, keyed by fontInfo) are written as
+// DefineFont2; bloated fonts hold complete glyph outlines, handed over by the host
+// or rebuilt from the DefineFont, DefineFont2, DefineFontInfo and DefineFontInfo2
+// tags of an imported file. flaFontTable is the movie's font state.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "flio/UT_String.h"
+
+class flaDump;
+class flaRead;
+class flaGlyphGeometry;
+
+class fontInfo {
+public:
+    fontInfo() = default;
+    fontInfo(const UT_String& name_, bool bold_, bool italic_) : name(name_), bold(bold_), italic(italic_) {}
+
+    // By name, then non-bold before bold, then non-italic before italic.
+    bool operator<(const fontInfo& o) const;
+    bool operator==(const fontInfo& o) const { return name == o.name && bold == o.bold && italic == o.italic; }
+
+    UT_String name;
+    bool bold = false;
+    bool italic = false;
+};
+
+class flaFont {
+public:
+    static const unsigned int uiSwfEmSize;  // 1024
+
+    flaFont() = default;
+    flaFont(int id, const fontInfo& info);
+    flaFont(const flaFont& o);
+    flaFont& operator=(const flaFont& o);
+    ~flaFont();
+
+    int getId() const { return id; }
+    const fontInfo& getInfo() const { return info; }
+    bool addCode(unsigned short code, flaGlyphGeometry* glyph, float advance);
+    int getGlyphIndex(unsigned short code) const;
+    int getIndex(unsigned short code) const { return getGlyphIndex(code); }
+    flaGlyphGeometry* getGlyph(unsigned short code);
+    const flaGlyphGeometry* getGlyphByIndex(unsigned int index) const { return glyphs[index]; }
+    unsigned int getGlyphCnt() const { return static_cast<unsigned int>(glyphs.size()); }
+    unsigned int getCodeCnt() const { return static_cast<unsigned int>(codes.size()); }
+    unsigned short getCodeByIndex(unsigned int index) const { return codes[index]; }
+    bool getAdvance(unsigned short code, float& advance, float scale) const;
+    float getLargestAdvance(float scale) const;
+
+    void DumpCharacterInFile(flaDump& dump) const;  // DefineFont2
+
+private:
+    friend class flaFontTable;
+    int id = -1;
+    fontInfo info;
+    std::vector<flaGlyphGeometry*> glyphs;  // not owned
+    std::vector<float> advances;
+    std::vector<unsigned short> codes;
+    flaRead* reader = nullptr;  // only while being rebuilt from an imported tag
+};
+
+class ImportFont {
+public:
+    ImportFont() = default;
+    ImportFont(const ImportFont&) = delete;
+    ImportFont& operator=(const ImportFont&) = delete;
+    virtual ~ImportFont();
+
+    int getId() const { return id; }
+    // Reads the font id, then keeps a private copy of the rest of the tag.
+    bool ReadFromFile(flaRead& reader);
+    flaRead* getReader() const { return reader.get(); }
+    std::unique_ptr<flaRead> takeReader() { return std::move(reader); }
+
+protected:
+    int id = -1;
+    std::unique_ptr<flaRead> reader;
+};
+
+class ImportDefineFont : public ImportFont {};
+class ImportDefineFont2 : public ImportFont {};
+class ImportDefineFontInfo : public ImportFont {
+public:
+    // Called after the flags byte: DefineFontInfo2 skips its language code.
+    virtual void AfterFlags(flaRead& /*reader*/) {}
+};
+class ImportDefineFontInfo2 : public ImportDefineFontInfo {
+public:
+    void AfterFlags(flaRead& reader) override;
+};
+
+// The movie's fonts: the output table by face, the bloated fonts by id, and the
+// imported font tags waiting for buildBloatedFonts. Owns everything it holds.
+class flaFontTable {
+public:
+    flaFontTable();
+    flaFontTable(const flaFontTable&) = delete;
+    flaFontTable& operator=(const flaFontTable&) = delete;
+    ~flaFontTable();
+
+    // The font of a face, created with id nextId++ when the face is new.
+    flaFont& getFont(const fontInfo& face, unsigned int& nextId);
+    const flaFont* getFont(const fontInfo& face) const;
+    const flaFont* getFont(int id) const;
+    const std::map<fontInfo, flaFont>& GetTable() const { return table; }
+
+    void AddFont(flaFont* font);  // takes ownership
+    const flaFont* getBloatedFont(int id) const;
+    const std::vector<flaFont*>& GetBloatedFonts() const { return bloated; }
+
+    // Files an import under its tag code (10, 13, 48 or 62) and takes ownership;
+    // any other code prints "Invalid SWF font tag code\n" and files nothing.
+    void AddImportFont(ImportFont* font, int tagCode);
+    void buildBloatedFonts();
+
+    void DumpAllFonts(flaDump& dump) const;
+
+private:
+    std::map<fontInfo, flaFont> table;
+    std::vector<flaFont*> bloated;
+    std::vector<std::unique_ptr<flaGlyphGeometry>> ownedGlyphs;
+    std::vector<std::unique_ptr<ImportFont>> pendingFont, pendingFont2, pendingInfo, pendingInfo2;
+};

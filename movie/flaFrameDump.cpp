@@ -1,0 +1,186 @@
+// Writing a frame: the difference between a frame's display list and the previous
+// frame's, as PlaceObject2/PlaceObject3 and RemoveObject2 tags, then the background
+// colour, the sprite start actions and ShowFrame.
+#include <string>
+
+#include "flio/flaAction.h"
+#include "flio/flaCharacter.h"
+#include "flio/flaDump.h"
+#include "flio/flaFrame.h"
+
+namespace {
+
+const unsigned short kPlaceObject2Word = 26 << 6;         // 1664, length patched in
+const unsigned short kPlaceObject3Word = (70 << 6) | 63;  // 4543, long form
+const unsigned short kRemoveObject2Word = (28 << 6) | 2;  // 1794
+const unsigned short kSetBackgroundWord = (9 << 6) | 3;   // 579
+const unsigned short kShowFrameWord = 1 << 6;             // 64
+
+// PlaceObject flag bits.
+const unsigned char kMove = 0x01;
+const unsigned char kHasCharacter = 0x02;
+const unsigned char kHasMatrix = 0x04;
+const unsigned char kHasColorXForm = 0x08;
+const unsigned char kHasName = 0x20;
+const unsigned char kHasClipDepth = 0x40;
+const unsigned char kHasFilterList = 0x01;  // second PlaceObject3 flags byte
+const unsigned char kHasBlendMode = 0x02;
+
+bool StartsSprite(const flaCharacterInfo& e) {
+    return e.GetCharacter()->IsSprite() && e.GetStartIndex() != flaCharacterInfo::NoStartAction;
+}
+
+// The previous frame's blend modes and filter lists, summarised once so that an
+// entry is compared with all of them in constant time: when every entry agrees,
+// `common` is one of them; when they disagree among themselves, every entry of the
+// new frame necessarily differs from at least one of them.
+struct BlendFilterSummary {
+    bool uniform = true;
+    const flaCharacterInfo* common = nullptr;
+
+    explicit BlendFilterSummary(const flaFrame::DisplayList& list) {
+        for (const auto& entry : list) {
+            if (!common) {
+                common = &entry.second;
+            } else if (!entry.second.SameBlendAndFilters(*common)) {
+                uniform = false;
+                return;
+            }
+        }
+    }
+    bool DiffersFromAny(const flaCharacterInfo& e) const {
+        return !uniform || (common && !e.SameBlendAndFilters(*common));
+    }
+};
+
+}  // namespace
+
+void flaFrame::DumpFrameInFile(flaDump& dump, const flaFrame* previous, bool writeBackground) const {
+    flaAction actions;
+    dump.SetCostCode(costCode);
+
+    const DisplayList empty;
+    const DisplayList& before = previous ? previous->displayList : empty;
+    const BlendFilterSummary summary(before);
+
+    // Both lists are sorted by depth: walk them together.
+    auto p = before.begin();
+    for (const auto& entry : displayList) {
+        const int depth = entry.first;
+        const flaCharacterInfo& e = entry.second;
+        e.GetCharacter()->DumpInFile(dump);
+        dump.SetCostCode(costCode);
+
+        while (p != before.end() && p->first < depth) ++p;
+        const flaCharacterInfo* old = (p != before.end() && p->first == depth) ? &p->second : nullptr;
+
+        if (old && (old->GetCharacter()->GetId() != e.GetCharacter()->GetId() ||
+                    old->GetClipDepth() != e.GetClipDepth() || old->GetColorXForm() != e.GetColorXForm())) {
+            RemoveOneCharacter(dump, depth);
+            old = nullptr;
+        }
+        if (!old) {
+            DumpMatrixCharacterInFrame(dump, &e, false, false);
+            if (StartsSprite(e)) BuiltAndDumpDoAction(&actions, e.GetStartIndex(), std::to_string(depth));
+            continue;
+        }
+        // Same character, clip depth and colour transform: a move when the blend
+        // mode or filters differ from any entry of the previous frame, or when the
+        // matrix changed. (The colour transform is equal here, so it is never forced.)
+        if (summary.DiffersFromAny(e) || e.GetMatrix() != old->GetMatrix())
+            DumpMatrixCharacterInFrame(dump, &e, true, false);
+        SetSpriteFrame(&e, old, &actions);
+    }
+
+    // Depths of the previous frame that are gone, in ascending order.
+    auto c = displayList.begin();
+    for (const auto& entry : before) {
+        while (c != displayList.end() && c->first < entry.first) ++c;
+        if (c == displayList.end() || c->first != entry.first) RemoveOneCharacter(dump, entry.first);
+    }
+
+    if (writeBackground && (!previous || background != previous->background)) DumpBGColourInFile(dump);
+    actions.DumpDoActionTag(dump);
+    dump.DataU16(kShowFrameWord);
+    dump.SetCostCode(0);
+}
+
+void flaFrame::DumpAllCharactersInFile(flaDump& dump) const {
+    for (const auto& entry : displayList) entry.second.GetCharacter()->DumpInFile(dump);
+}
+
+void flaFrame::DumpMatrixCharacterInFrame(flaDump& dump, const flaCharacterInfo* info, bool move,
+                                          bool forceColorTransform) const {
+    const flaCharacter* character = info->GetCharacter();
+    const bool sprite = character->IsSprite();
+    const bool writeCx = forceColorTransform || info->HasColorXForm();
+    const bool clip = info->GetClipDepth() != 0;
+    const bool extended = info->HasFilterList() || info->HasBlendMode();
+
+    unsigned char flags = static_cast<unsigned char>((move ? kMove : kHasCharacter) | kHasMatrix);
+    if (clip) flags |= kHasClipDepth;
+    if (writeCx) flags |= kHasColorXForm;
+    if (sprite) flags |= kHasName;
+
+    const int start = dump.GetCurrentPosition();
+    if (extended) {
+        dump.DataU16(kPlaceObject3Word);
+        dump.DataU32(0UL);
+        dump.DataU8(flags);
+        unsigned char flags2 = 0;
+        if (info->HasBlendMode()) flags2 |= kHasBlendMode;
+        if (info->HasFilterList()) flags2 |= kHasFilterList;
+        dump.DataU8(flags2);
+    } else {
+        dump.DataU16(kPlaceObject2Word);
+        dump.DataU8(flags);
+    }
+    dump.DataU16(static_cast<unsigned short>(info->GetDepth()));
+    if (!move) dump.DataU16(static_cast<unsigned short>(character->GetId()));
+    info->GetMatrix().DumpInFile(dump);
+    if (writeCx) info->GetColorXForm().DumpInFile(dump);
+    if (sprite) dump.StringPrint(std::to_string(info->GetDepth()));
+    if (clip)
+        dump.DataU16(static_cast<unsigned short>(info->GetClipDepth()));
+    else
+        dump.PadLastByte();
+
+    if (extended) {
+        if (info->HasFilterList()) info->DumpfilterListInFile(dump);
+        if (info->HasBlendMode()) dump.DataU8(static_cast<unsigned char>(info->BlendMode()));
+        const auto length = static_cast<unsigned int>(dump.GetCurrentPosition() - start - 6);
+        dump.FixData(start + 2, reinterpret_cast<const char*>(&length), 32, 32, false);
+    } else {
+        // The short header is kept even for bodies of 63 bytes or more, with the
+        // length masked to 8 bits: the format's original writer did so.
+        const int body = dump.GetCurrentPosition() - start - 2;
+        const auto word = static_cast<unsigned short>(kPlaceObject2Word | (body & 0xFF));
+        dump.FixData(start, reinterpret_cast<const char*>(&word), 16, 16, false);
+    }
+}
+
+void flaFrame::RemoveOneCharacter(flaDump& dump, int depth) const {
+    dump.DataU16(kRemoveObject2Word);
+    dump.DataU16(static_cast<unsigned short>(depth));
+}
+
+void flaFrame::DumpBGColourInFile(flaDump& dump) const {
+    dump.DataU16(kSetBackgroundWord);
+    dump.DataU8(background.r);
+    dump.DataU8(background.g);
+    dump.DataU8(background.b);
+}
+
+void flaFrame::BuiltAndDumpDoAction(flaAction* actions, int startIndex, std::string name) {
+    actions->AddActionRecord(new flaActionSetTarget(std::move(name)));
+    actions->AddActionRecord(new flaActionGotoFrame(startIndex));
+    actions->AddActionRecord(new flaActionPlay());
+}
+
+void flaFrame::SetSpriteFrame(const flaCharacterInfo* current, const flaCharacterInfo* previous,
+                              flaAction* actions) const {
+    if (!StartsSprite(*current)) return;
+    if (static_cast<long long>(current->GetStartIndex()) == static_cast<long long>(previous->GetStartIndex()) + 1)
+        return;
+    BuiltAndDumpDoAction(actions, current->GetStartIndex(), std::to_string(current->GetDepth()));
+}

@@ -1,0 +1,95 @@
+// Writing a whole movie as an SWF file: the header, the global definitions, every
+// frame as the difference from the one before, the optional palette tag, the End
+// tag and the file-length patch.
+#include <algorithm>
+#include <cstdint>
+
+#include "flio/PL_FileSpec.h"
+#include "flio/flaAction.h"
+#include "flio/flaDump.h"
+#include "flio/flaFrame.h"
+#include "flio/flaMovie.h"
+
+namespace {
+
+const unsigned short kJPEGTablesWord = (8 << 6) | 63;  // 575
+const unsigned short kEndWord = 0;
+
+// The largest stage extent in twips that a RECT with a 5-bit field width can hold.
+const std::int64_t kMaxTwips = (std::int64_t(1) << 30) - 1;
+
+void WriteBitField(flaDump& dump, std::uint32_t value, int bits) {
+    dump.DataU32(reinterpret_cast<const char*>(&value), bits, true);
+}
+
+}  // namespace
+
+bool flaMovie::DumpMovieToFile(const PL_FileSpec& file, flaDump& dump, bool compress) {
+    if (!DumpMovieToBuffer(dump)) return false;
+    bool useCompression = compress;
+    return dump.WriteFileOnDisk(file, useCompression);
+}
+
+bool flaMovie::DumpMovieToBuffer(flaDump& dump) {
+    // Header. The version byte is always 9.
+    dump.DataU8(static_cast<unsigned char>('F'));
+    dump.DataU8(static_cast<unsigned char>('W'));
+    dump.DataU8(static_cast<unsigned char>('S'));
+    dump.DataU8(static_cast<unsigned char>(9));
+    dump.DataU32(2500UL);  // file length, patched at the end
+
+    const auto width = static_cast<std::uint32_t>(std::min<std::int64_t>(std::int64_t(frameSizeX) * 20, kMaxTwips));
+    const auto height = static_cast<std::uint32_t>(std::min<std::int64_t>(std::int64_t(frameSizeY) * 20, kMaxTwips));
+    const int nbits = flaDump::GetBitNumber(static_cast<int>(std::max(width, height))) + 1;
+    WriteBitField(dump, static_cast<std::uint32_t>(nbits), 5);
+    WriteBitField(dump, 0, nbits);
+    WriteBitField(dump, width, nbits);
+    WriteBitField(dump, 0, nbits);
+    WriteBitField(dump, height, nbits);
+    dump.PadLastByte();
+    dump.DataU16(static_cast<unsigned short>(frameRate << 8));
+    dump.DataU16(static_cast<unsigned short>(frames.size()));
+
+    DumpAllBitmap(dump);
+    // Fonts (DumpAllFonts) are written here, after the bitmaps.
+    streamedSound.DumpHeader(dump);
+
+    const flaFrame* previous = nullptr;
+    for (const auto& framePtr : frames) {
+        const flaFrame& frame = *framePtr;
+        if (streamedSound.IsActive() && frame.GetStreamedSound())
+            streamedSound.DumpBlock(dump, *frame.GetStreamedSound());
+        for (unsigned int i = 0; i < frame.GetSoundCount(); ++i) {
+            const flaSoundInfo* start = frame.GetSound(i);
+            if (flaSound* sound = GetSound(start->GetSoundId())) sound->DumpSoundInFile(dump);
+            start->DumpSoundStartInFile(dump);
+        }
+        frame.DumpFrameInFile(dump, previous, true);
+        previous = &frame;
+    }
+
+    if (exportPalette) paletteData.Dump(dump);
+    dump.DataU16(kEndWord);
+
+    const auto length = static_cast<std::uint32_t>(dump.GetCurrentPosition());
+    dump.FixData(4, reinterpret_cast<const char*>(&length), 32, 32, false);
+    return true;
+}
+
+void flaMovie::DumpAllBitmap(flaDump& dump) {
+    if (jpegTables) {
+        dump.DataU16(kJPEGTablesWord);
+        dump.DataU32(static_cast<unsigned long>(jpegTablesLength));
+        dump.ChunkDump(jpegTables, jpegTablesLength);
+    }
+    for (const flaBitsJpegBase* jpeg : jpegs) jpeg->DumpInFile(dump);
+    for (flaBitsLossless* bits : bitsLossless) bits->DumpInFile(dump);
+    for (flaBitsLossless2* bits : bitsLossless2) bits->DumpInFile(dump);
+}
+
+void flaMovie::BuildAndDumpStopSoundsActionOfMovie(flaDump& dump) {
+    flaAction actions;
+    actions.AddActionRecord(new flaActionSetTarget(std::string()));
+    actions.AddActionRecord(new flaActionStopSounds());
+    actions.DumpDoActionTag(dump);
+}

@@ -166,7 +166,8 @@ bool flaPalette::Read(flaRead& reader) {
     std::vector<std::pair<std::uint32_t, std::uint32_t>> keys(keyCount);
     for (auto& entry : keys) {
         std::uint32_t k = block.U32();
-        // Legacy keys kept the high half one bit lower and one higher.
+        // A legacy key holds its high part one bit lower and one greater than a
+        // current key: move it up a bit and take one off.
         if (legacy) k = (((k >> 16) << 17) - 0x20000u) | (k & 0xFFFFu);
         entry = {k, block.U32()};
     }

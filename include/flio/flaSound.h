@@ -37,7 +37,7 @@ public:
 
     // How far a block may reach past the bytes of its tag (64 MiB, about six
     // minutes of 16-bit stereo sound at 44 kHz).
-    static const unsigned int MaxBytesBeyondTag = 64u << 20;
+    static constexpr unsigned int MaxBytesBeyondTag = 64u << 20;
 
 private:
     unsigned char* ptr = nullptr;
@@ -120,7 +120,7 @@ public:
         unsigned short rightLevel = 0;
     };
     enum SyncFlag { SyncNoMultiple = 1, SyncStop = 2 };
-    static const unsigned int MaxEnvelopePoints = 8;
+    static constexpr unsigned int MaxEnvelopePoints = 8;
 
     flaSoundInfo() = default;
 

@@ -8,6 +8,7 @@
 #include "flio/flaColorXForm.h"
 #include "flio/flaFrame.h"
 #include "flio/flaMatrix.h"
+#include "flio/flaRead.h"
 #if __has_include("flio/flaGeometry.h")
 #include "flio/flaGeometry.h"
 #define FLIO_HAVE_BACKGROUND_SHAPE 1
@@ -147,6 +148,18 @@ flaPalette* flaMovie::GetPaletteInformation() {
 void flaMovie::JPEGCopyTable(unsigned char* out) const {
     if (jpegTablesLength < 3 || !jpegTables || !out) return;
     std::memcpy(out, jpegTables, jpegTablesLength - 2);
+}
+
+void flaMovie::ParseJPEGTables(flaRead& reader) {
+    const int left = reader.DataSize();
+    const std::uint32_t length = left > 0 ? static_cast<std::uint32_t>(left) : 0;
+    if (length) {
+        std::unique_ptr<unsigned char[]> block(new unsigned char[length]);
+        reader.ReadRestOfTagData(block.get());
+        delete[] jpegTables;
+        jpegTables = block.release();
+    }
+    jpegTablesLength = length;
 }
 
 void flaMovie::ForceBackgroundColour(int frameIndex) {

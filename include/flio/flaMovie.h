@@ -15,6 +15,7 @@
 #include "flio/flaSound.h"
 
 class flaDump;
+class flaRead;
 class flaFrame;
 class flaColorXForm;
 class flaMatrix;
@@ -148,6 +149,9 @@ protected:
     void ClearCharacterList() { characters.clear(); }
     std::size_t NbrCharacters() const { return characters.size(); }
     void CreateFrameUpTo(unsigned long long n);
+    // Reads a JPEGTables tag body: the rest of the tag becomes the tables block. An
+    // empty body sets the length to 0 and keeps the block held so far.
+    void ParseJPEGTables(flaRead& reader);
 
     bool preProcessStaticCharacters = true;
     bool exportPalette = false;

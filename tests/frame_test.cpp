@@ -301,3 +301,48 @@ TEST(flaFrame, OwnsItsStreamBlockAndKeepsSoundStarts) {
 }
 
 }  // namespace
+
+namespace {
+
+std::string FilterHex(const FLIO::flaFilter& f) {
+    flaDump dump(550, nullptr);
+    f.DumpInFile(dump);
+    return ToHex(Flushed(dump));
+}
+
+TEST_F(FrameDiff, FiltersAreComparedByIdentity) {
+    const flaFilterList blur{FLIO::flaFilter::CreateFilter_Blur(2.0, 2.0, 1)};
+    const flaFilterList sameValues{FLIO::flaFilter::CreateFilter_Blur(2.0, 2.0, 1)};
+    const std::string M0 = MatrixHex(m0);
+
+    flaCharacterInfo e(&a, 1);
+    e.SetFilterList(blur);
+    flaFrame f1(550, 1.0), f2(550, 1.0), f3(550, 1.0);
+    f1.PlaceNewCharacterInFrame(e);
+    f2.PlaceNewCharacterInFrame(e);
+    e.SetFilterList(sameValues);
+    f3.PlaceNewCharacterInFrame(e);
+
+    // New placement: flags 6, second flags byte 1, then the list: count, records.
+    EXPECT_EQ(FrameHex(f1, nullptr),
+              Join(LongTag(70, "06 01 01 00 01 00 " + M0 + " 01 " + FilterHex(*blur[0])), kShowFrame));
+    EXPECT_EQ(FrameHex(f2, &f1), kShowFrame);
+    EXPECT_EQ(FrameHex(f3, &f2), Join(LongTag(70, "05 01 01 00 " + M0 + " 01 " + FilterHex(*blur[0])), kShowFrame));
+}
+
+TEST(flaCharacterInfo, FilterListWritesCountThenRecords) {
+    flaCharacterInfo info;
+    flaDump empty(550, nullptr);
+    info.DumpfilterListInFile(empty);
+    EXPECT_EQ(ToHex(Flushed(empty)), "00");
+
+    const auto blur = FLIO::flaFilter::CreateFilter_Blur(1.0, 1.0, 1);
+    const auto glow = FLIO::flaFilter::CreateFilter(FLIO::flaFilter::Glow);
+    info.SetFilterList({blur, UT_SharedPtr<FLIO::flaFilter>(), glow});  // the null entry is skipped
+    flaDump dump(550, nullptr);
+    info.DumpfilterListInFile(dump);
+    EXPECT_EQ(ToHex(Flushed(dump)), Join(Join("02", FilterHex(*blur)), FilterHex(*glow)));
+    EXPECT_EQ(blur->RefCount(), 2);  // shared, not copied
+}
+
+}  // namespace

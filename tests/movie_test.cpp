@@ -289,3 +289,48 @@ TEST(flaMovie, UnsupportedElementsAreRecordedOnce) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(flaMovieWriter, TagOrderOfAWholeMovie) {
+    TestMovie movie(100, 100);
+    movie.SetJPEGTables(Hex("FF D8 FF D9"));
+    movie.AddJPEG(new flaBitsJpeg2(0, new char[2]{'\xFF', '\xD8'}, 2));
+    movie.AddBitsLossless(new flaBitsLossless());
+    movie.AddBitsLossless2(new flaBitsLossless2());
+    movie.ActivateStreamedSoundExport(512);
+    auto* sound = new flaSound();
+    const int soundId = movie.AddSound(sound);
+    auto* shape = new TestCharacter(movie.GetNewCharacterId());
+    movie.AddNewCharacter(shape);
+    movie.SetExportPalette(true);
+    movie.GetPaletteInformation()->AddColourIndex(1, 7, UT_String("red"), UT_String("basic"));
+
+    movie.CreateFrames(3);
+    auto* block = new flaBuffer();
+    block->SetData(new unsigned char[4]{1, 2, 3, 4}, 4);
+    movie.GetFrame(0)->PlaceStreamedSoundInFrame(block);
+    flaSoundInfo start;
+    start.SetSoundId(soundId);
+    movie.GetFrame(0)->PlaceSoundInFrame(start);
+    movie.GetFrame(1)->PlaceSoundInFrame(start);
+    movie.GetFrame(0)->PlaceNewCharacterInFrame(flaCharacterInfo(shape, 1));
+    movie.GetFrame(2)->PlaceNewCharacterInFrame(flaCharacterInfo(shape, 1));
+
+    // Bitmap group, stream head; per frame: stream block, DefineSound (once) and
+    // StartSound, definitions, placements, background, ShowFrame; palette; End.
+    const std::vector<unsigned> expected{8, 21, 20, 36, 45, 19, 14, 15, 2, 26, 9, 1, 15, 28, 1, 26, 1, 731, 0};
+    EXPECT_EQ(TagCodes(movie.Write()), expected);
+}
+
+TEST(flaMovieWriter, StreamBlocksOnlyWhenExportIsActive) {
+    TestMovie movie(100, 100);
+    movie.CreateFrames(1);
+    auto* block = new flaBuffer();
+    block->SetData(new unsigned char[2]{1, 2}, 2);
+    movie.GetFrame(0)->PlaceStreamedSoundInFrame(block);
+    const std::vector<unsigned> expected{9, 1, 0};
+    EXPECT_EQ(TagCodes(movie.Write()), expected);
+}
+
+}  // namespace

@@ -334,3 +334,39 @@ TEST(flaMovieWriter, StreamBlocksOnlyWhenExportIsActive) {
 }
 
 }  // namespace
+
+// The background shape comes from the shapes part of the library.
+#if __has_include("flio/flaGeometry.h")
+namespace {
+
+TEST(flaMovie, ForceBackgroundColourPaintsLaterFramesWithOneShape) {
+    flaMovie movie(100, 100);
+    movie.CreateFrames(4);
+    const unsigned char colours[4][4] = {{1, 2, 3, 255}, {1, 2, 3, 255}, {9, 8, 7, 255}, {1, 2, 3, 128}};
+    for (int i = 0; i < 4; ++i)
+        movie.GetFrame(i)->SetBackGroundColor(colours[i][0], colours[i][1], colours[i][2], colours[i][3]);
+
+    movie.ForceBackgroundColour(0);  // the first frame carries the movie's colour
+    movie.ForceBackgroundColour(1);  // same colour as frame 0
+    movie.ForceBackgroundColour(4);  // no such frame
+    EXPECT_TRUE(movie.GetCharacterList().empty());
+
+    movie.ForceBackgroundColour(2);
+    movie.ForceBackgroundColour(3);  // alpha alone differs
+    ASSERT_EQ(movie.GetCharacterList().size(), 1u);
+    const flaCharacter* shape = movie.GetCharacterList()[0];
+    EXPECT_EQ(shape->GetId(), 1);
+    for (int i = 2; i < 4; ++i) {
+        const flaCharacterInfo* info = movie.GetFrame(i)->GetCharacterByDepth(1);
+        ASSERT_NE(info, nullptr);
+        EXPECT_EQ(info->GetCharacter(), shape);
+        EXPECT_EQ(info->GetMatrix(), flaMatrix());
+        EXPECT_FALSE(info->IsAClip());
+        EXPECT_EQ(info->GetColorXForm(),
+                  flaColorXForm(1, 1, 1, 1, colours[i][0], colours[i][1], colours[i][2], colours[i][3]));
+    }
+    EXPECT_EQ(movie.GetFrame(1)->GetCharacterCount(), 0u);
+}
+
+}  // namespace
+#endif

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "flio/flaCharacterMatrices.h"
 #include "flio/flaColorXForm.h"
 #include "flio/flaFrame.h"
 #include "flio/flaMatrix.h"
@@ -18,7 +19,7 @@ const flaMovie* flaMovie::pCurrentMovie = nullptr;
 
 flaMovie::Progress::~Progress() = default;
 
-flaMovie::flaMovie(int width, int height) {
+flaMovie::flaMovie(int width, int height) : characterMatrices(new flaCharacterMatrices()) {
     if (width >= 1 && height >= 1) {
         frameSizeX = width;
         frameSizeY = height;

@@ -21,6 +21,7 @@
 class flaDump;
 class flaCharacter;
 class flaAction;
+class flaCharacterMatrices;
 
 // One placed instance: a character at a depth with its matrix, colour transform,
 // clip depth, blend mode and filters. The character is not owned.
@@ -135,6 +136,8 @@ public:
     IterPair CharacterBeginIter() const { return IterPair(displayList.begin(), displayList.end()); }
     // Every entry's matrix becomes that matrix followed by m.
     void TransformAllPlaceObjects(const flaMatrix& m);
+    // Adds every entry's character and matrix to map at level, in depth order.
+    void AssociateCharacterMatrices(flaCharacterMatrices& map, int level);
 
     // Sound starts, in placement order.
     void PlaceSoundInFrame(const flaSoundInfo& info) { sounds.push_back(info); }

@@ -6,21 +6,28 @@
 #pragma once
 
 #include <cstdint>
+#include <list>
 #include <memory>
 #include <vector>
 
 #include "flio/flaBits.h"
 #include "flio/flaCharacter.h"
+#include "flio/flaFrame.h"
 #include "flio/flaPalette.h"
 #include "flio/flaSound.h"
 
 class flaDump;
 class flaRead;
-class flaFrame;
 class flaColorXForm;
 class flaMatrix;
 class flaSoundInfo;
+class flaCharacterMatrices;
 class PL_FileSpec;
+class flaSprite;
+#if __has_include("flio/flaGeometry.h")
+#include "flio/flaGeometry.h"
+#define FLIO_HAVE_SHAPE_IMPORT 1
+#endif
 
 // Thin named containers. None of them owns its elements; the movie deletes the
 // characters of its own list itself.
@@ -134,7 +141,85 @@ public:
     // and smaller. False when the file cannot be written.
     bool DumpMovieToFile(const PL_FileSpec& file, flaDump& dump, bool compress);
 
+    // Import. The file is inflated when compressed; the buffer is taken as it is (a
+    // compressed buffer is rejected by the header check). Both print the header
+    // messages and return false for a file that is not an SWF movie. The file import
+    // catches every exception ("Compressed SWF could not be decompressed",
+    // "Some error while importing SWF" on standard error) and returns false; the
+    // buffer import lets flaRead::readError and the others pass to the caller.
+    // A progress callback that returns false ends the import early (result true).
+    bool ReadMovieFromFile(const PL_FileSpec& file, Progress* progress);
+    bool ReadMovieFromBuffer(const unsigned char* data, int size, Progress* progress);
+
+    // Collects every placement of every frame into map at that level (sprites'
+    // contents one level deeper, once per sprite).
+    void AssociateCharacterMatrices(flaCharacterMatrices& map, int level);
+
+    // An import never stores more than these in total (the movie and all its
+    // sprites together): frames created, and display-list entries copied into
+    // frames by ShowFrame. A file that asks for more is rejected with
+    // flaRead::readError rather than exhausting memory.
+    static constexpr unsigned long long MaxImportedFrames = 1ull << 20;
+    static constexpr unsigned long long MaxImportedPlacements = 1ull << 22;
+
 protected:
+    friend class flaSprite;
+
+    // One entry of the import display list: a placement and the number of frames
+    // that have shown it so far.
+    struct ImportEntry {
+        flaCharacterInfo info;
+        unsigned int framesShown = 0;
+    };
+    // What one import has allocated so far; shared by a movie and its sprites.
+    struct ImportBudget {
+        unsigned long long frames = 0;
+        unsigned long long placements = 0;
+    };
+
+    // Header, tags, sprite end-frame extension, static-character pass.
+    bool ReadMovie(flaRead& reader, Progress* progress);
+    // The tag loop: until End or the end of the data.
+    void ParseTags(flaRead& reader, Progress* progress);
+    // Runs the handler of one tag of the main timeline.
+    void DispatchTag(flaRead& reader, unsigned short code);
+    // Bakes the matrix of every character placed with a single matrix into its
+    // geometry; false when switched off.
+    bool PreProsessStaticCharacters();
+
+    // Tag handlers, shared with the sprites' nested tag loop.
+    void ParseDefineBits(flaRead& reader);
+    void ParseDefineBitsJPEG2(flaRead& reader);
+    void ParseDefineBitsJPEG3(flaRead& reader);
+    void ParseDefineBitsLossless(flaRead& reader);
+    void ParseDefineBitsLossless2(flaRead& reader);
+#ifdef FLIO_HAVE_SHAPE_IMPORT
+    void ParseDefineShape(flaRead& reader, bool withAlpha, flaShape::ShapeVersion version);
+#endif
+    void ParseDefineSound(flaRead& reader);
+    void ParseDefineSprite(flaRead& reader);
+    void ParsePlaceObject(flaRead& reader);
+    void ParsePlaceObject2(flaRead& reader);
+    void ParsePlaceObject3(flaRead& reader);
+    void ParseRemoveObject(flaRead& reader);
+    void ParseRemoveObject2(flaRead& reader);
+    void ParseSetBackgroundColor(flaRead& reader);
+    void ParseShowFrame();
+    void ParseSoundStreamBlock(flaRead& reader);
+    void ParseSoundStreamHead(flaRead& reader);
+    void ParseSoundStreamHead2(flaRead& reader);
+    void ReadSoundStartFromFile(flaRead& reader);
+    void ParsePaletteData(flaRead& reader);
+
+    // The placement fields of PlaceObject2 and PlaceObject3 and how they change the
+    // import display list.
+    struct PlaceFields;
+    void ReadPlaceFields(flaRead& reader, unsigned char flags, PlaceFields& fields);
+    void ApplyPlacement(const PlaceFields& fields);
+    std::list<ImportEntry>::iterator FindImportEntry(int depth);
+    // Appends frames for the import, within the budget.
+    void CreateImportFrames(unsigned long long n);
+
     // The whole file image; always true.
     bool DumpMovieToBuffer(flaDump& dump);
     // JPEG tables, JPEG bitmaps, then lossless and lossless-2 bitmaps.
@@ -175,4 +260,13 @@ protected:
     flaCharacter* backgroundShape = nullptr;    // also in characters
     flaQKData paletteData;
     bool frameSizeGiven = false;
+    std::unique_ptr<flaCharacterMatrices> characterMatrices;
+
+    // Import state: the frame that the next ShowFrame completes, the placements
+    // standing, and the last frame that a placed sprite needs to play through.
+    int importFrameIndex = 0;
+    std::list<ImportEntry> importDisplayList;
+    std::uint32_t spriteEndFrame = 0;
+    ImportBudget ownImportBudget;
+    ImportBudget* importBudget = &ownImportBudget;  // the root movie's
 };

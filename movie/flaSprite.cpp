@@ -1,0 +1,120 @@
+// flaSprite: reading the nested tags of a DefineSprite into the sprite's own
+// timeline, and writing the sprite back as a DefineSprite tag.
+#include "flio/flaSprite.h"
+
+#include <cstdint>
+#include <vector>
+
+#include "flio/flaCharacterMatrices.h"
+#include "flio/flaDump.h"
+#include "flio/flaFrame.h"
+#include "flio/flaRead.h"
+
+namespace {
+
+const unsigned short kDefineSpriteWord = (39 << 6) | 63;  // 0x09FF, long form
+
+}  // namespace
+
+flaSprite::flaSprite(int id_, flaMovie* parent_) : flaCharacter(id_), flaMovie(-1, -1), parent(parent_) {
+    // The movie base registered the sprite as the current movie; a sprite is only
+    // a part of its parent, which stays the current movie.
+    pCurrentMovie = parent;
+    if (parent) importBudget = parent->importBudget;
+}
+
+flaSprite::flaSprite(int id_, flaMovie* parent_, flaRead& reader) : flaSprite(id_, parent_) { ParseTags(reader); }
+
+flaSprite::~flaSprite() = default;
+
+flaCharacter* flaSprite::GetCharacter(int id_) const { return parent ? parent->GetCharacter(id_) : nullptr; }
+
+flaSound* flaSprite::GetSound(int id_) const { return parent ? parent->GetSound(id_) : nullptr; }
+
+flaUnsupported* flaSprite::GetUnsupported() { return parent ? parent->GetUnsupported() : flaMovie::GetUnsupported(); }
+
+void flaSprite::SetTransformation(const flaMatrix& m) {
+    for (auto& frame : frames) frame->TransformAllPlaceObjects(m);
+}
+
+void flaSprite::ParseTags(flaRead& reader) {
+    // Nested tags may not reach past the DefineSprite tag.
+    flaRead::ContainerScope scope(reader);
+    declaredFrameCount = reader.GetWord();
+    CreateImportFrames(declaredFrameCount);
+    while (reader.ContainerBytesLeft() >= 2) {
+        const unsigned short code = reader.GetTag();
+        const unsigned long end = reader.GetTagEnd();
+        switch (code) {
+            case 1:
+                ParseShowFrame();
+                break;
+            case 4:
+                ParsePlaceObject(reader);
+                break;
+            case 5:
+                ParseRemoveObject(reader);
+                break;
+            case 12:  // DoAction: reported in the parent's list
+                GetUnsupported()->AddUnsupportedElement(flaUnsupported::Action);
+                break;
+            case 15:
+                ReadSoundStartFromFile(reader);
+                break;
+            case 18:
+                ParseSoundStreamHead(reader);
+                break;
+            case 19:
+                ParseSoundStreamBlock(reader);
+                break;
+            case 26:
+                ParsePlaceObject2(reader);
+                break;
+            case 28:
+                ParseRemoveObject2(reader);
+                break;
+            case 45:
+                ParseSoundStreamHead2(reader);
+                break;
+            case 70:
+                ParsePlaceObject3(reader);
+                break;
+            default:  // End, definitions (a sprite inside a sprite included) and the rest
+                break;
+        }
+        reader.Seek(end);
+        if (code == 0) break;
+    }
+}
+
+void flaSprite::DumpCharacterInFile(flaDump& dump) const { DumpSpriteInFile(dump); }
+
+void flaSprite::DumpSpriteInFile(flaDump& dump) const {
+    // Everything the sprite uses is defined before the DefineSprite tag.
+    for (const auto& frame : frames) {
+        for (unsigned int i = 0; i < frame->GetSoundCount(); ++i)
+            if (flaSound* sound = GetSound(frame->GetSound(i)->GetSoundId())) sound->DumpSoundInFile(dump);
+        frame->DumpAllCharactersInFile(dump);
+    }
+
+    dump.SetCostCode(costCode);
+    const int start = dump.GetCurrentPosition();
+    dump.DataU16(kDefineSpriteWord);
+    dump.DataU32(0UL);  // length, patched below
+    dump.DataU16(static_cast<unsigned short>(id));
+    dump.DataU16(static_cast<unsigned short>(frames.size()));
+    streamedSound.DumpHeader(dump);
+    const flaFrame* previous = nullptr;
+    for (const auto& framePtr : frames) {
+        const flaFrame& frame = *framePtr;
+        if (streamedSound.IsActive() && frame.GetStreamedSound())
+            streamedSound.DumpBlock(dump, *frame.GetStreamedSound());
+        for (unsigned int i = 0; i < frame.GetSoundCount(); ++i) frame.GetSound(i)->DumpSoundStartInFile(dump);
+        frame.DumpFrameInFile(dump, previous, false);
+        previous = &frame;
+    }
+    dump.DataU16(static_cast<unsigned short>(0));  // End
+    const auto length = static_cast<std::uint32_t>(dump.GetCurrentPosition() - start - 6);
+    dump.FixData(start + 2, reinterpret_cast<const char*>(&length), 32, 32, false);
+    dump.SetCostCode(0);
+}

@@ -18,11 +18,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-struct ShapeTag {
-    int code;
-    std::vector<unsigned char> body;  // the whole tag body, character id first
-};
-
 // Walks a tag list (the file's, or a sprite's) and hands every shape tag to visit.
 void WalkTags(flaRead& in, const std::function<void(int code, flaRead&)>& visit) {
     while (in.ContainerBytesLeft() >= 2) {
@@ -117,7 +112,7 @@ TEST(ShapeCorpus, EveryShapeDecodesWithinItsBounds) {
             in->GetRect(&frame);
             in->GetWord();
             in->GetWord();
-        } catch (const std::exception& e) {
+        } catch (const std::exception&) {
             continue;  // the deliberately malformed files of the corpus
         }
         in->SetScaling(1.0f);  // model units = twips
@@ -129,10 +124,12 @@ TEST(ShapeCorpus, EveryShapeDecodesWithinItsBounds) {
                 SRECT bounds;
                 r.GetRect(&bounds);
                 r.Seek(at);
-                flaGeometry g(id, r, code != 2 && code != 22 ? true : false, VersionOf(code));
+                const bool alpha = code != 2 && code != 22;
+                flaGeometry g(id, r, alpha, VersionOf(code));
                 ASSERT_NO_THROW(g.BuildBloated()) << file << " shape " << id;
                 ++shapes;
-                for (std::size_t i = 0; i < g.GetSubGeometryCount(); ++i) strokes += static_cast<int>(g.GetSubGeometry(i)->GetStrokeCount());
+                for (std::size_t i = 0; i < g.GetSubGeometryCount(); ++i)
+                    strokes += static_cast<int>(g.GetSubGeometry(i)->GetStrokeCount());
                 const flaBoundingBox box = DrawnBounds(g);
                 if (box.IsEmpty()) return;
                 // The tag's bounds hold the anchors and the curves plus half of the widest
@@ -150,7 +147,7 @@ TEST(ShapeCorpus, EveryShapeDecodesWithinItsBounds) {
                 const unsigned long end = r.GetPosition();
                 r.Seek(at);
                 r.SetScaling(0.05f);
-                flaGeometry model(id, r, code != 2 && code != 22, VersionOf(code));
+                flaGeometry model(id, r, alpha, VersionOf(code));
                 r.SetScaling(savedScaling);
                 r.Seek(end);
                 model.BuildBloated();

@@ -3,6 +3,12 @@
 // (DefineBitsLossless, DefineBitsLossless2), JPEG bitmaps keep the tag body after
 // the id (DefineBits, DefineBitsJPEG2, DefineBitsJPEG3), and both are written back
 // unchanged.
+//
+// A bitmap whose data pointer is null is written as if its data were empty (the
+// tag length then counts no data bytes), so that a half-filled object still gives
+// a well-formed tag. Readers take every byte from flaRead's checked reads: a tag
+// that is shorter than its fixed fields throws flaRead::readError and leaves the
+// object unchanged.
 #pragma once
 
 #include <list>
@@ -32,7 +38,11 @@ public:
     flaBitsLossless& operator=(const flaBitsLossless&) = default;
     ~flaBitsLossless() { delete[] data; }
 
+    // DefineBitsLossless, always in the long header form.
     bool DumpInFile(flaDump& dump);
+    // Fills the fields from a tag body whose header was read. Stores the colour
+    // count (the file's byte + 1) in colorTableSize for format 3, 1 otherwise;
+    // releases the previous data block.
     bool ReadFromFile(flaRead& reader);
 
     unsigned int format = 0;          // 3 colour-mapped, 4 15-bit, 5 32-bit
@@ -77,6 +87,8 @@ public:
     virtual bool DumpInFile(flaDump& dump) const = 0;
     virtual bool InitJpegData(JPEGData& out) const = 0;
 
+    // Reads the id and takes the rest of the tag as data (the previous block is
+    // released).
     bool ReadFromFile(flaRead& reader);
 
 protected:

@@ -13,8 +13,9 @@ class flaRead;
 
 namespace FLIO {
 
-// The SWF BlendMode byte values, written unchanged.
-enum eBlendMode {
+// The SWF BlendMode byte values, written unchanged. The underlying type is fixed so
+// that any byte read from a file converts to it without undefined behaviour.
+enum eBlendMode : int {
     BlendNormal = 1,
     BlendLayer = 2,
     BlendMultiply = 3,
@@ -33,7 +34,9 @@ enum eBlendMode {
 
 class flaFilter : public UT_ShareBase {
 public:
-    enum FilterType {
+    // The SWF filter id. Fixed underlying type: any type byte from a file may be
+    // converted and handed to CreateFilter, which rejects the unknown ones.
+    enum FilterType : int {
         DropShadow = 0,
         Blur = 1,
         Glow = 2,

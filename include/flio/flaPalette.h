@@ -54,7 +54,10 @@ public:
 
     void AddColourIndex(unsigned long key, std::int64_t colourId, const UT_String& colourName,
                         const UT_String& paletteName);
+    // Keys are 32-bit values: only the low 32 bits of a key are used.
     const ColourInfo* GetColourInformation(unsigned long key) const;
+    // The colour at that index (null past the end), for hosts that list the colours.
+    const ColourInfo* GetColour(std::size_t index) const;
     bool IsColourPresent(unsigned long key) const { return GetColourInformation(key) != nullptr; }
     std::size_t GetColourCount() const { return colours.size(); }
     std::size_t GetKeyCount() const { return colourMap.size(); }

@@ -26,10 +26,18 @@ public:
     unsigned int GetDelay() const { return delay; }
     void SetDelay(unsigned int v) { delay = v; }
 
-    // Takes over data (allocated with new[]), releasing the old bytes.
+    // Takes over data (allocated with new[]), releasing the old bytes. A null data
+    // pointer gives an empty buffer whatever size says.
     void SetData(unsigned char* data, unsigned int size);
-    // A block of `size` bytes whose front is filled with the rest of the current tag.
+    // A block of `size` bytes whose front is filled with the rest of the current tag;
+    // the bytes past the tag's end are zero. A size from a file may be absurd (up to
+    // 4 GB for a few bytes of tag), so the block never grows beyond the tag's bytes
+    // plus MaxBytesBeyondTag: a larger size is cut back to that.
     void Read(flaRead& reader, unsigned int size);
+
+    // How far a block may reach past the bytes of its tag (64 MiB, about six
+    // minutes of 16-bit stereo sound at 44 kHz).
+    static constexpr unsigned int MaxBytesBeyondTag = 64u << 20;
 
 private:
     unsigned char* ptr = nullptr;
@@ -40,7 +48,9 @@ private:
 
 class flaSound {
 public:
-    enum CompressFormat_e { NotCompressed = 0, ADPCM = 1, MP3 = 2 };
+    // The SWF SoundFormat values handled. The underlying type is fixed so that any
+    // other format value can be stored too (such a sound is written without data).
+    enum CompressFormat_e : unsigned int { NotCompressed = 0, ADPCM = 1, MP3 = 2 };
 
     flaSound() = default;
     flaSound(const flaSound&) = delete;
@@ -110,7 +120,7 @@ public:
         unsigned short rightLevel = 0;
     };
     enum SyncFlag { SyncNoMultiple = 1, SyncStop = 2 };
-    static const unsigned int MaxEnvelopePoints = 8;
+    static constexpr unsigned int MaxEnvelopePoints = 8;
 
     flaSoundInfo() = default;
 
@@ -132,7 +142,11 @@ public:
     unsigned int GetOutPoint() const { return outPoint; }
     unsigned int GetLoopCount() const { return loopCount; }
 
-    // At most eight points are kept; the count says how many are held.
+    // The envelope holds at most eight points. A longer range keeps its first eight
+    // and the count becomes 8; a range whose begin lies after its end gives an empty
+    // envelope. Read does the same with a file's count above eight: it keeps the
+    // first eight points, consumes the others, and the count becomes 8. So the
+    // count never exceeds MaxEnvelopePoints and no point is stored past the eighth.
     void SetEnvelope(const EnvelopePoint* begin, const EnvelopePoint* end);
     unsigned char GetEnvelopePointCount() const { return envelopeCount; }
     const EnvelopePoint& GetEnvelopePoint(unsigned int index) const { return envelope[index]; }

@@ -1,0 +1,209 @@
+// Sound definitions: the owned sample block (flaBuffer) and flaSound's DefineSound,
+// SoundStreamHead2 and SoundStreamBlock writers and readers. Samples are never
+// encoded here: the format description is packed into the tags' bit fields and
+// the sample bytes go out as they were handed in.
+#include <algorithm>
+#include <cstdint>
+#include <memory>
+
+#include "flio/flaDump.h"
+#include "flio/flaRead.h"
+#include "flio/flaSound.h"
+
+namespace {
+
+const unsigned short kDefineSoundHeader = (14 << 6) | 63;       // 959
+const unsigned short kSoundStreamHead2Short = (45 << 6) | 4;    // 2884
+const unsigned short kSoundStreamBlockHeader = (19 << 6) | 63;  // 1279
+
+// SoundFormat, SoundRate, SoundSize and SoundType packed into one byte, most
+// significant first: 4, 2, 1 and 1 bits.
+unsigned char FormatByte(unsigned int format, unsigned int rate, unsigned short sampleSize, unsigned short channels) {
+    const unsigned int sizeBit = sampleSize == 8 ? 0u : 1u;
+    const unsigned int typeBit = static_cast<unsigned int>(channels - 1) & 1u;
+    return static_cast<unsigned char>(((format & 15u) << 4) | ((rate & 3u) << 2) | (sizeBit << 1) | typeBit);
+}
+
+const unsigned int kRates[4] = {5500, 11025, 22050, 44100};
+
+// Patches the 32-bit length of a long-form tag that starts at tagStart.
+void PatchLength(flaDump& dump, int tagStart) {
+    const std::uint32_t length = static_cast<std::uint32_t>(dump.GetCurrentPosition() - tagStart - 6);
+    const char bytes[4] = {static_cast<char>(length & 0xFF), static_cast<char>((length >> 8) & 0xFF),
+                           static_cast<char>((length >> 16) & 0xFF), static_cast<char>((length >> 24) & 0xFF)};
+    dump.FixData(tagStart + 2, bytes, 32, 32, false);
+}
+
+bool HasSampleData(unsigned int format) { return format <= flaSound::MP3; }
+
+}  // namespace
+
+// --- flaBuffer ---------------------------------------------------------------
+
+void flaBuffer::SetData(unsigned char* data, unsigned int newSize) {
+    delete[] ptr;
+    ptr = data;
+    size = data ? newSize : 0;
+}
+
+void flaBuffer::Read(flaRead& reader, unsigned int wanted) {
+    const unsigned int rest = static_cast<unsigned int>(reader.DataSize());
+    const std::uint64_t cap = static_cast<std::uint64_t>(rest) + MaxBytesBeyondTag;
+    const std::uint64_t total64 = std::min<std::uint64_t>(std::max<std::uint64_t>(wanted, rest), cap);
+    const unsigned int total = static_cast<unsigned int>(std::min<std::uint64_t>(total64, 0xFFFFFFFFu));
+    // Zero-initialised, so that the part past the tag's end holds defined bytes.
+    std::unique_ptr<unsigned char[]> block(new unsigned char[total ? total : 1]());
+    reader.ReadRestOfTagData(block.get());
+    delete[] ptr;
+    ptr = block.release();
+    size = total;
+}
+
+// --- flaSound ----------------------------------------------------------------
+
+unsigned int flaSound::RateCode(unsigned int rate) {
+    if (rate < 8251) return 0;
+    if (rate < 16538) return 1;
+    if (rate < 33076) return 2;
+    return 3;
+}
+
+void flaSound::DumpSoundInFile(flaDump& dump) {
+    if (alreadyDumped) return;
+    dump.SetCostCode(costCode);
+    alreadyDumped = true;
+    const int start = dump.GetCurrentPosition();
+    dump.DataU16(kDefineSoundHeader);
+    dump.DataU32(0);  // length, patched below
+    dump.DataU16(static_cast<unsigned short>(soundId));
+    dump.DataU8(FormatByte(compressFormat, RateCode(sampleRate), sampleSize, channels));
+    dump.DataU32(sampleCount);
+    if (compressFormat == MP3) {
+        if (isStream) {
+            dump.DataU16(static_cast<unsigned short>(buffer.GetSamplePerFrame()));
+            dump.DataU16(static_cast<unsigned short>(buffer.GetDelay()));
+        } else {
+            dump.DataU16(0);  // an event sound's SeekSamples is always 0
+        }
+    }
+    if (HasSampleData(compressFormat)) dump.ChunkDump(buffer.GetPtr(), buffer.GetSize());
+    PatchLength(dump, start);
+    dump.SetCostCode(0);
+}
+
+void flaSound::DumpSoundStreamInFile(flaDump& dump) {
+    if (alreadyDumped) return;
+    alreadyDumped = true;
+    dump.DataU16(kSoundStreamHead2Short);
+    dump.DataU8(streamPlayback);
+    dump.DataU8(FormatByte(compressFormat, RateCode(sampleRate), sampleSize, channels));
+    dump.DataU16(static_cast<unsigned short>(sampleCount));
+}
+
+void flaSound::DumpSoundStreamBlockInFile(flaDump& dump, const flaBuffer& block) {
+    const int start = dump.GetCurrentPosition();
+    dump.DataU16(kSoundStreamBlockHeader);
+    dump.DataU32(0);  // length, patched below
+    if (compressFormat == MP3) {
+        if (isStream) {
+            dump.DataU16(static_cast<unsigned short>(block.GetSamplePerFrame()));
+            dump.DataU16(static_cast<unsigned short>(block.GetDelay()));
+        } else {
+            dump.DataU16(0);
+        }
+    }
+    if (HasSampleData(compressFormat)) dump.ChunkDump(block.GetPtr(), block.GetSize());
+    PatchLength(dump, start);
+}
+
+namespace {
+
+// The fields of the format byte as read from a file.
+struct FormatFields {
+    unsigned int format;
+    unsigned int rate;
+    unsigned short sampleSize;
+    unsigned short channels;
+};
+
+FormatFields SplitFormatByte(unsigned char b) {
+    return FormatFields{static_cast<unsigned int>(b >> 4), kRates[(b >> 2) & 3u],
+                        static_cast<unsigned short>((b & 2u) ? 16 : 8), static_cast<unsigned short>((b & 1u) + 1)};
+}
+
+// The declared length of uncompressed samples, computed wide (it can exceed 32
+// bits) and cut back to what a block may hold; flaBuffer::Read caps it further.
+unsigned int DeclaredBytes(unsigned short sampleSize, unsigned short channels, unsigned int count) {
+    const std::uint64_t bytes = static_cast<std::uint64_t>(sampleSize / 8) * channels * count;
+    return static_cast<unsigned int>(std::min<std::uint64_t>(bytes, 0xFFFFFFFFu));
+}
+
+}  // namespace
+
+void flaSound::ReadSoundFromFile(flaRead& reader) {
+    soundId = reader.GetWord();
+    const FormatFields f = SplitFormatByte(reader.GetByte());
+    if (f.format <= MP3) compressFormat = static_cast<CompressFormat_e>(f.format);
+    sampleRate = f.rate;
+    sampleSize = f.sampleSize;
+    channels = f.channels;
+    sampleCount = reader.GetDWord();
+    switch (f.format) {
+        case NotCompressed: {
+            // An uncompressed event sound gets at least its declared length.
+            unsigned int wanted = static_cast<unsigned int>(reader.DataSize());
+            if (!isStream) wanted = std::max(wanted, DeclaredBytes(sampleSize, channels, sampleCount));
+            buffer.Read(reader, wanted);
+            break;
+        }
+        case ADPCM:
+            buffer.Read(reader, static_cast<unsigned int>(reader.DataSize()));
+            break;
+        case MP3:
+            buffer.SetDelay(reader.GetWord());
+            if (isStream) {
+                buffer.SetSamplePerFrame(reader.GetWord());
+                buffer.SetDelay(reader.GetWord());
+            }
+            buffer.Read(reader, static_cast<unsigned int>(reader.DataSize()));
+            break;
+        default:
+            break;  // unknown formats carry no data the library can hold
+    }
+}
+
+void flaSound::ReadSoundStreamFromFile(bool /*kind*/, flaRead& reader) {
+    isStream = true;
+    streamPlayback = reader.GetByte();
+    const FormatFields f = SplitFormatByte(reader.GetByte());
+    if (f.format <= MP3) compressFormat = static_cast<CompressFormat_e>(f.format);
+    sampleRate = f.rate;
+    sampleSize = f.sampleSize;
+    channels = f.channels;
+    sampleCount = reader.GetWord();
+}
+
+flaBuffer* flaSound::ReadSoundStreamBlockFromFile(flaRead& reader) {
+    std::unique_ptr<flaBuffer> block(new flaBuffer);
+    switch (compressFormat) {
+        case NotCompressed: {
+            unsigned int wanted = static_cast<unsigned int>(reader.DataSize());
+            if (!isStream) wanted = std::max(wanted, DeclaredBytes(sampleSize, channels, sampleCount));
+            block->Read(reader, wanted);
+            break;
+        }
+        case ADPCM:
+            block->Read(reader, static_cast<unsigned int>(reader.DataSize()));
+            break;
+        case MP3:
+            if (isStream) {
+                block->SetSamplePerFrame(reader.GetWord());
+                block->SetDelay(reader.GetWord());
+            }
+            block->Read(reader, static_cast<unsigned int>(reader.DataSize()));
+            break;
+        default:
+            break;
+    }
+    return block.release();
+}

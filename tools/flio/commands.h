@@ -1,0 +1,17 @@
+// The subcommands of the flio tool. Each returns the process exit status.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace flio_cli {
+
+using Args = std::vector<std::string>;
+
+int RunInfo(const Args& args);
+int RunDemo(const Args& args);
+
+// True when args hold -h or --help.
+bool WantsHelp(const Args& args);
+
+}  // namespace flio_cli

@@ -1,0 +1,191 @@
+#include "flio/flaStyle.h"
+
+#include <cmath>
+#include <memory>
+
+#include "flio/flaDump.h"
+#include "io/flaConvert.h"
+
+// ---- flaGradientSteps ----
+
+bool flaGradientSteps::Add(FLIO::flaRGBA colour, int position) {
+    if (Full()) return false;
+    colours[count] = colour;
+    positions[count] = static_cast<unsigned char>(position & 0xFF);
+    ++count;
+    return true;
+}
+
+bool flaGradientSteps::operator==(const flaGradientSteps& o) const {
+    if (count != o.count) return false;
+    for (std::uint32_t i = 0; i < count; ++i)
+        if (colours[i] != o.colours[i] || positions[i] != o.positions[i]) return false;
+    return true;
+}
+
+// ---- flaColor ----
+
+flaColor::flaColor(int characterId, int styleIndex, std::int64_t qksId_, ColorType type_,
+                   const FLIO::flaRGBA& colour)
+    : flashKey(MakeFlashKey(characterId, styleIndex, false)), qksId(qksId_), type(type_), color(colour) {}
+
+flaColor::flaColor(int characterId, int styleIndex, std::int64_t qksId_, ColorType type_,
+                   const FLIO::flaRGBA& colour, float width)
+    : flashKey(MakeFlashKey(characterId, styleIndex, true)),
+      qksId(qksId_),
+      type(type_),
+      color(colour),
+      lineWidth(width) {}
+
+flaColor::flaColor(int characterId, int styleIndex, std::int64_t qksId_, ColorType type_,
+                   const flaGradientSteps& steps, const flaMatrix& m)
+    : flashKey(MakeFlashKey(characterId, styleIndex, false)), qksId(qksId_), type(type_), matrix(m), gradient(steps) {}
+
+flaColor::flaColor(int characterId, int styleIndex, std::int64_t qksId_, ColorType type_, bool tiled, int bitmap,
+                   const flaMatrix& m)
+    : flashKey(MakeFlashKey(characterId, styleIndex, false)),
+      qksId(qksId_),
+      type(type_),
+      matrix(m),
+      bitmapId(bitmap),
+      fillBitsTiled(tiled) {}
+
+bool flaColor::IsCompatible(const flaColor& o) const {
+    if (type != o.type || qksId != o.qksId) return false;
+    switch (type) {
+        case Solid:
+        case Line:
+            return color == o.color;
+        case LinearGradient:
+        case RadialGradient: {
+            if (gradient.NbColours() != o.gradient.NbColours()) return false;
+            for (unsigned int i = 0; i < static_cast<unsigned int>(gradient.NbColours()); ++i)
+                if (gradient.Pos(i) != o.gradient.Pos(i) || gradient.Colour(i) != o.gradient.Colour(i)) return false;
+            return true;
+        }
+        case Bitmap:
+            return bitmapId == o.bitmapId;
+    }
+    return false;
+}
+
+void flaColor::Transform(const flaMatrix& m) {
+    switch (type) {
+        case LinearGradient:
+        case RadialGradient:
+        case Bitmap: {
+            const flaMatrix old = matrix;
+            matrix.Multiply(old, m);
+            break;
+        }
+        case Line:
+            lineWidth *= std::sqrt(std::fabs(m.GetD() * m.GetA() - m.GetC() * m.GetB()));
+            break;
+        case Solid:
+            break;
+    }
+}
+
+void flaColor::DumpColorInFile(flaDump& dump) const {
+    switch (type) {
+        case Solid:
+            dump.DataU8(static_cast<unsigned char>(0x00));
+            color.DumpInFile(dump);
+            break;
+        case Line: {
+            // A hairline has no width of its own: it is written as one twip.
+            std::int64_t twips = 1;
+            if (lineWidth != 0.0f)
+                twips = flio_detail::TruncToInt64(static_cast<double>(lineWidth) * 20.0 * dump.GetFrameSizeX());
+            dump.DataU16(static_cast<unsigned short>(twips & 0xFFFF));
+            color.DumpInFile(dump);
+            break;
+        }
+        case LinearGradient:
+        case RadialGradient: {
+            dump.DataU8(static_cast<unsigned char>(type == LinearGradient ? 0x10 : 0x12));
+            matrix.DumpInFile(dump);
+            dump.DataU8(static_cast<unsigned char>(gradient.NbColours()));
+            for (unsigned int i = 0; i < static_cast<unsigned int>(gradient.NbColours()); ++i) {
+                dump.DataU8(gradient.Pos(i));
+                gradient.Colour(i).DumpInFile(dump);
+            }
+            break;
+        }
+        case Bitmap:
+            dump.DataU8(static_cast<unsigned char>(fillBitsTiled ? 0x40 : 0x41));
+            dump.DataU16(static_cast<unsigned short>(bitmapId));
+            matrix.DumpInFile(dump);
+            break;
+    }
+}
+
+bool flaColor::LessIgnoreMatrix::operator()(const flaColor& a, const flaColor& b) const {
+    if (a.qksId < b.qksId) return true;
+    if (a.qksId > b.qksId) return false;
+    if (a.qksId != 0) return false;
+
+    const ColorType ta = a.type == Line ? Solid : a.type;
+    const ColorType tb = b.type == Line ? Solid : b.type;
+    if (ta != tb) return ta < tb;
+    switch (ta) {
+        case Solid:
+        case Line:
+            return a.color < b.color;
+        case LinearGradient:
+        case RadialGradient: {
+            const auto na = static_cast<unsigned char>(a.gradient.NbColours());
+            const auto nb = static_cast<unsigned char>(b.gradient.NbColours());
+            if (na != nb) return na < nb;
+            for (unsigned int i = 0; i < na; ++i) {
+                if (a.gradient.Pos(i) != b.gradient.Pos(i)) return a.gradient.Pos(i) < b.gradient.Pos(i);
+                const FLIO::flaRGBA ca = a.gradient.Colour(i), cb = b.gradient.Colour(i);
+                if (ca < cb) return true;
+                if (cb < ca) return false;
+            }
+            return false;
+        }
+        case Bitmap:
+            return a.bitmapId < b.bitmapId;
+    }
+    return false;
+}
+
+// ---- flaColorList ----
+
+void flaColorList::Add(flaColor* colour) {
+    std::unique_ptr<flaColor> guard(colour);
+    colours.push_back(colour);
+    guard.release();
+}
+
+int flaColorList::IndexOf(const flaColor* colour) const {
+    if (!colour) return 0;
+    for (std::size_t i = 0; i < colours.size(); ++i)
+        if (colours[i] == colour) return static_cast<int>(i) + 1;
+    return 0;
+}
+
+void flaColorList::DeleteAllElements() {
+    for (flaColor* c : colours) delete c;
+    colours.clear();
+}
+
+bool flaColorList::CheckColorAlreadyExist(const flaColor* colour) const {
+    if (!colour) return false;
+    for (const flaColor* c : colours)
+        if (c->GetColor() == colour->GetColor()) return true;
+    return false;
+}
+
+int flaColorList::DumpStyleArray(flaDump& dump) const {
+    const unsigned int count = GetSize();
+    if (count < 255) {
+        dump.DataU8(static_cast<unsigned char>(count));
+    } else {
+        dump.DataU8(static_cast<unsigned char>(0xFF));
+        dump.DataU16(static_cast<unsigned short>(count));
+    }
+    for (const flaColor* c : colours) c->DumpColorInFile(dump);
+    return flaDump::GetBitNumber(static_cast<int>(count));
+}

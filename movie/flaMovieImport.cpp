@@ -114,7 +114,6 @@ void flaMovie::DispatchTag(flaRead& reader, unsigned short code) {
         case 1:
             ParseShowFrame();
             break;
-#ifdef FLIO_HAVE_SHAPE_IMPORT
         case 2:
             ParseDefineShape(reader, false, flaShape::DefineShape);
             break;
@@ -127,7 +126,6 @@ void flaMovie::DispatchTag(flaRead& reader, unsigned short code) {
         case 83:
             ParseDefineShape(reader, true, flaShape::DefineShape4);
             break;
-#endif
         case 4:
             ParsePlaceObject(reader);
             break;

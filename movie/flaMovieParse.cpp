@@ -32,14 +32,12 @@ struct flaMovie::PlaceFields {
 
 // ---- Definitions ----------------------------------------------------------
 
-#ifdef FLIO_HAVE_SHAPE_IMPORT
 void flaMovie::ParseDefineShape(flaRead& reader, bool withAlpha, flaShape::ShapeVersion shapeVersion) {
     const int id = reader.GetWord();
     std::unique_ptr<flaGeometry> shape(new flaGeometry(id, reader, withAlpha, shapeVersion));
     characters.push_back(shape.get());
     shape.release();
 }
-#endif
 
 void flaMovie::ParseDefineSprite(flaRead& reader) {
     const int id = reader.GetWord();

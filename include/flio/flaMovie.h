@@ -13,6 +13,7 @@
 #include "flio/flaBits.h"
 #include "flio/flaCharacter.h"
 #include "flio/flaFrame.h"
+#include "flio/flaGeometry.h"
 #include "flio/flaPalette.h"
 #include "flio/flaSound.h"
 
@@ -24,10 +25,6 @@ class flaSoundInfo;
 class flaCharacterMatrices;
 class PL_FileSpec;
 class flaSprite;
-#if __has_include("flio/flaGeometry.h")
-#include "flio/flaGeometry.h"
-#define FLIO_HAVE_SHAPE_IMPORT 1
-#endif
 
 // Thin named containers. None of them owns its elements; the movie deletes the
 // characters of its own list itself.
@@ -193,9 +190,7 @@ protected:
     void ParseDefineBitsJPEG3(flaRead& reader);
     void ParseDefineBitsLossless(flaRead& reader);
     void ParseDefineBitsLossless2(flaRead& reader);
-#ifdef FLIO_HAVE_SHAPE_IMPORT
     void ParseDefineShape(flaRead& reader, bool withAlpha, flaShape::ShapeVersion version);
-#endif
     void ParseDefineSound(flaRead& reader);
     void ParseDefineSprite(flaRead& reader);
     void ParsePlaceObject(flaRead& reader);

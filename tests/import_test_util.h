@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "flio/flaColorXForm.h"
 #include "flio/flaDump.h"
@@ -37,17 +38,20 @@ public:
         dump.DataU16(frameCount);
     }
 
-    // Opens a long-form tag; its body is written into Out() until Close().
+    // Opens a long-form tag; its body is written into Out() until Close(). Tags
+    // may be nested (the tags of a DefineSprite).
     SwfWriter& Open(int code) {
-        open = dump.GetCurrentPosition();
+        open.push_back(dump.GetCurrentPosition());
         dump.DataU16(static_cast<unsigned short>((code << 6) | 63));
         dump.DataU32(0UL);
         return *this;
     }
     SwfWriter& Close() {
         dump.PadLastByte();
-        const auto length = static_cast<std::uint32_t>(dump.GetCurrentPosition() - open - 6);
-        dump.FixData(open + 2, reinterpret_cast<const char*>(&length), 32, 32, false);
+        const int start = open.back();
+        open.pop_back();
+        const auto length = static_cast<std::uint32_t>(dump.GetCurrentPosition() - start - 6);
+        dump.FixData(start + 2, reinterpret_cast<const char*>(&length), 32, 32, false);
         return *this;
     }
     flaDump& Out() { return dump; }
@@ -104,7 +108,7 @@ private:
     void Bits(std::uint32_t v, int n) { dump.DataU32(reinterpret_cast<const char*>(&v), n, true); }
 
     flaDump dump;
-    int open = 0;
+    std::vector<int> open;
 };
 
 // Opens the import's protected parts to the tests.

@@ -212,29 +212,40 @@ void flaMovie::ParsePlaceObject3(flaRead& reader) {
     const unsigned char flags2 = reader.GetByte();
     PlaceFields fields;
     fields.depth = reader.GetWord();
-    if ((flags2 & 0x08) || ((flags2 & 0x10) && (flags1 & 0x02))) reader.GetString();  // class name
-    ReadPlaceFields(reader, flags1, fields);
-
-    // Filters, blend mode, bitmap caching and background are read past: the model
-    // takes none of them from a file.
-    bool rest = true;
-    if (flags2 & 0x01) {
-        const unsigned int count = reader.GetByte();
-        for (unsigned int i = 0; i < count && rest; ++i) {
-            const auto type = static_cast<FLIO::flaFilter::FilterType>(reader.GetByte());
-            UT_SharedPtr<FLIO::flaFilter> filter = FLIO::flaFilter::CreateFilter(type);
-            // An unknown filter has no known length: the rest of the tag is skipped.
-            if (!filter) rest = false;
-            else filter->ReadFromFile(reader);
-        }
+    // Writers disagree on whether "has image" with "has character" brings a class
+    // name; a tag whose fields do not fit this layout runs out of data and is
+    // dropped, like a placement of an unknown character, instead of failing the movie.
+    try {
+        if ((flags2 & 0x08) || ((flags2 & 0x10) && (flags1 & 0x02))) reader.GetString();  // class name
+        ReadPlaceFields(reader, flags1, fields);
+    } catch (const flaRead::readError&) {
+        return;
     }
-    if (rest) {
-        if (flags2 & 0x02) reader.SkipBytes(1);  // blend mode
-        if (flags2 & 0x04) reader.SkipBytes(1);  // bitmap cache
-        if (flags2 & 0x20) {
-            reader.SkipBytes(1);
-            reader.GetColor(true);
+
+    // Filters, blend mode, bitmap caching, visibility and background are read past:
+    // the model takes none of them from a file, so a tag that ends early in them
+    // still places its character.
+    try {
+        bool rest = true;
+        if (flags2 & 0x01) {
+            const unsigned int count = reader.GetByte();
+            for (unsigned int i = 0; i < count && rest; ++i) {
+                const auto type = static_cast<FLIO::flaFilter::FilterType>(reader.GetByte());
+                UT_SharedPtr<FLIO::flaFilter> filter = FLIO::flaFilter::CreateFilter(type);
+                // An unknown filter has no known length: the rest of the tag is skipped.
+                if (!filter) rest = false;
+                else filter->ReadFromFile(reader);
+            }
         }
+        if (rest) {
+            if (flags2 & 0x02) reader.SkipBytes(1);  // blend mode
+            if (flags2 & 0x04) reader.SkipBytes(1);  // bitmap cache
+            if (flags2 & 0x20) {
+                reader.SkipBytes(1);
+                reader.GetColor(true);
+            }
+        }
+    } catch (const flaRead::readError&) {
     }
     if (flags1 & 0x80) std::printf("Clips Actions found\n");
     ApplyPlacement(fields);

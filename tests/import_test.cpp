@@ -331,6 +331,10 @@ TEST(Import, PlaceObject3ReadsPastFiltersAndBlendMode) {
         // Type 9 is unknown: the rest of the tag cannot be read and is skipped.
         {"unknown filter", Hex("02 09 FF FF FF"), 0x01},
         {"class name", Hex(""), 0x08},
+        // A visibility byte without the background colour: the tag ends early in
+        // fields that are dropped anyway, and the placement stands.
+        {"visible only", Hex("01"), 0x20},
+        {"truncated filter", Hex("01 01 00 00"), 0x01},
     };
     for (const Case& c : cases) {
         SwfWriter w;
@@ -349,6 +353,15 @@ TEST(Import, PlaceObject3ReadsPastFiltersAndBlendMode) {
         EXPECT_FALSE(info->HasBlendMode()) << c.name;
         EXPECT_FALSE(info->HasFilterList()) << c.name;
     }
+    // "Has image" with "has character" brings a class name that this tag lacks: the
+    // fields run out, and the tag is dropped like one of an unknown character.
+    SwfWriter image;
+    image.Shape(1);
+    image.Open(70).Byte(0x06).Byte(0x10).Word(4).Word(1).Byte(0).Close().ShowFrame();
+    RawMovie imageMovie;
+    ASSERT_TRUE(imageMovie.Read(image.Finish()));
+    EXPECT_EQ(imageMovie.At(0, 4), nullptr);
+
     // Clip actions are announced, not read.
     SwfWriter w;
     w.Shape(1);

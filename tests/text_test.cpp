@@ -296,3 +296,42 @@ TEST(Text, BloatedTextRecordsInheritFontAndHeightAndApplyTheTextMatrix) {
         EXPECT_EQ(damaged.getDrawing().GetSubGeometryCount(), 0u);
     }
 }
+
+// Glyph entries of zero bits: two bytes of record copy a glyph 255 times. A text
+// that would copy millions of points is refused.
+TEST(Text, BloatingStopsAtTheOutlinePointBudget) {
+    TextMovie movie(1, 100);
+    auto* font = new flaFont(4, fontInfo("F", false, false));
+    flaGlyphGeometry big;
+    auto* line = new flaStroke;
+    for (int i = 0; i < 20000; ++i) line->AddPoint(static_cast<float>(i), 0.0f);
+    flaSubGeometry* sub = big.AddChildGeometry();
+    sub->AddStroke(line, new flaStyle(flaStyle::Straight, nullptr, sub->CreateSolidColour({0, 0, 0, 255}, 0), nullptr));
+    font->addCode('A', &big, 0);
+    movie.AddFont(font);
+
+    struct Case {
+        const char* records;
+        bool refused;
+    };
+    const Case cases[] = {
+        {"88 04 00 00 04 FF 00", true},                     // 255 x 20001 points
+        {"88 04 00 00 04 64 80 64 00", false},              // 200 copies in all
+        {"88 04 00 00 04 C8 80 C8 00", true},               // 400 copies over two records
+    };
+    for (const Case& c : cases) {
+        const std::string body = std::string("08 00 00 00 00 ") + c.records;
+        const Bytes tag = Hex("FF 02 " + ToHex(Bytes{static_cast<unsigned char>(Hex(body).size() + 2), 0, 0, 0}) +
+                              " 09 00 " + body);
+        flaRead in(static_cast<int>(tag.size()), tag.data());
+        in.GetTag();
+        flaTextGeometry text(in.GetWord(), in);
+        if (c.refused) {
+            EXPECT_THROW(text.BuildBloated(movie), flaRead::readError) << c.records;
+            EXPECT_EQ(text.getDrawing().GetSubGeometryCount(), 0u);
+        } else {
+            EXPECT_NO_THROW(text.BuildBloated(movie)) << c.records;
+            EXPECT_EQ(text.getDrawing().GetSubGeometryCount(), 200u);
+        }
+    }
+}

@@ -30,6 +30,19 @@ std::int32_t AdvanceValue(int kerning, unsigned int fontSize, float advance, int
     return TruncToInt32(v);
 }
 
+// The most outline points one bloated text may copy out of its fonts.
+const std::size_t kMaxBloatedTextPoints = std::size_t(1) << 22;
+
+std::size_t PointCount(const flaGeometry& g) {
+    std::size_t n = 1;  // an outline without points still costs its layer
+    for (std::size_t s = 0; s < g.GetSubGeometryCount(); ++s) {
+        const flaSubGeometry& sub = *g.GetSubGeometry(s);
+        for (std::size_t i = 0; i < sub.GetStrokeCount(); ++i)
+            if (const flaStroke* stroke = sub.GetStrokeRecord(i).stroke) n += stroke->GetSize();
+    }
+    return n;
+}
+
 }  // namespace
 
 flaTextGeometry::flaTextGeometry(int id_) : flaCharacter(id_) {}
@@ -182,6 +195,7 @@ void flaTextGeometry::BuildBloated(const flaMovie& movie) {
 
         int fontId_ = -1;
         unsigned int height = 0;
+        std::size_t pointBudget = kMaxBloatedTextPoints;
         for (;;) {
             in.InitBits();
             if (in.GetBits(1) == 0) break;  // end of records (the other 7 bits are padding)
@@ -216,6 +230,10 @@ void flaTextGeometry::BuildBloated(const flaMovie& movie) {
             for (const Entry& e : entries) {
                 if (e.index < font->getGlyphCnt()) {
                     if (const flaGlyphGeometry* glyph = font->getGlyphByIndex(e.index)) {
+                        // Glyph entries can cost no bits at all, so a tiny body could
+                        // otherwise copy a large outline without end.
+                        pointBudget -= std::min(PointCount(*glyph), pointBudget);
+                        if (pointBudget == 0) throw flaRead::readError("DefineText draws more outline points than allowed");
                         flaMatrix combined;
                         combined.Multiply(record, textMatrix);
                         drawing.copyStrokeData(*glyph, &combined, &colour);

@@ -88,7 +88,8 @@ public:
     const flaMatrix& GetTransformation() const { return transformation; }
 
     // Glyph outlines of a text read from a file, copied out of the movie's
-    // bloated fonts. Throws flaRead::readError on a malformed body, leaving the
+    // bloated fonts. Throws flaRead::readError on a malformed body, or when the
+    // text would copy more than about four million outline points, leaving the
     // drawing empty.
     void BuildBloated(const flaMovie& movie);
     void DestroyBloated();

@@ -31,6 +31,14 @@ bool flaMovie::DumpMovieToFile(const PL_FileSpec& file, flaDump& dump, bool comp
 }
 
 bool flaMovie::DumpMovieToBuffer(flaDump& dump) {
+    // Texts written into the stream look their fonts up in this movie's table.
+    struct FontTableScope {
+        flaDump& dump;
+        const flaFontTable* saved;
+        ~FontTableScope() { dump.SetFontTable(saved); }
+    } scope{dump, dump.GetFontTable()};
+    dump.SetFontTable(&fontTable);
+
     // Header. The version byte is always 9.
     dump.DataU8(static_cast<unsigned char>('F'));
     dump.DataU8(static_cast<unsigned char>('W'));
@@ -51,7 +59,7 @@ bool flaMovie::DumpMovieToBuffer(flaDump& dump) {
     dump.DataU16(static_cast<unsigned short>(frames.size()));
 
     DumpAllBitmap(dump);
-    // Fonts (DumpAllFonts) are written here, after the bitmaps.
+    DumpAllFonts(dump);
     streamedSound.DumpHeader(dump);
 
     const flaFrame* previous = nullptr;

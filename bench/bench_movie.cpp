@@ -66,7 +66,7 @@ public:
         for (flaCharacter* c : characters) c->ResetDumped();
         flaDump dump(550, nullptr);
         DumpMovieToBuffer(dump);
-        return dump.GetBuffer().size();
+        return dump.GetSize();
     }
 };
 

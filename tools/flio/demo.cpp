@@ -56,7 +56,7 @@ int RunDemo(const Args& args) {
         return 1;
     }
     std::printf("flio demo: wrote %s (%llu frames, %zu bytes before compression)\n", path.c_str(),
-                movie.GetFrameCount(), dump.GetBuffer().size());
+                movie.GetFrameCount(), dump.GetSize());
     return 0;
 }
 

@@ -67,8 +67,14 @@ public:
         }
         CreateFrames(1);
     }
+    // Writes the movie into a fresh stream; its size in bytes.
+    std::size_t Write() {
+        flaDump dump(1024, nullptr);
+        DumpMovieToBuffer(dump);
+        return dump.GetSize();
+    }
     // The file image, compressed when asked for (and smaller).
-    std::vector<unsigned char> FileImage(bool compress) {
+    std::vector<unsigned char> FileImage(bool& compress) {
         flaDump dump(1024, nullptr);
         DumpMovieToBuffer(dump);
         return dump.GetFileImage(compress);
@@ -80,26 +86,35 @@ BitmapMovie& Movie() {
     return movie;
 }
 
-void WriteImage(benchmark::State& state, bool compress) {
+// Writing the movie: header, 100 bitmap tags and their data into a new stream.
+void BM_WriteBitmapsUncompressed(benchmark::State& state) {
     std::size_t bytes = 0;
     for (auto _ : state) {
+        bytes = Movie().Write();
+        benchmark::DoNotOptimize(bytes);
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * bytes));
+    state.counters["file_bytes"] = static_cast<double>(bytes);
+}
+BENCHMARK(BM_WriteBitmapsUncompressed)->Unit(benchmark::kMillisecond);
+
+// Writing the movie and compressing its image (the compressed file's bytes);
+// throughput in the uncompressed image's bytes, so that it compares with zlib alone.
+void BM_WriteBitmapsCompressed(benchmark::State& state) {
+    std::size_t bytes = 0;
+    for (auto _ : state) {
+        bool compress = true;
         bytes = Movie().FileImage(compress).size();
         benchmark::DoNotOptimize(bytes);
     }
-    // Throughput in the uncompressed image's bytes, so both variants compare.
-    const std::size_t image = Movie().FileImage(false).size();
+    const std::size_t image = Movie().Write();
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * image));
     state.counters["file_bytes"] = static_cast<double>(bytes);
 }
-
-void BM_WriteBitmapsUncompressed(benchmark::State& state) { WriteImage(state, false); }
-BENCHMARK(BM_WriteBitmapsUncompressed)->Unit(benchmark::kMillisecond);
-
-void BM_WriteBitmapsCompressed(benchmark::State& state) { WriteImage(state, true); }
 BENCHMARK(BM_WriteBitmapsCompressed)->Unit(benchmark::kMillisecond);
 
 void BM_MemcpyOfTheSameBytes(benchmark::State& state) {
-    const std::size_t bytes = Movie().FileImage(false).size();
+    const std::size_t bytes = Movie().Write();
     std::vector<unsigned char> from(bytes, 0x5A), to(bytes);
     for (auto _ : state) {
         std::memcpy(to.data(), from.data(), bytes);
@@ -109,19 +124,22 @@ void BM_MemcpyOfTheSameBytes(benchmark::State& state) {
 }
 BENCHMARK(BM_MemcpyOfTheSameBytes)->Unit(benchmark::kMillisecond);
 
-// zlib compress of one 1024 x 1024 image: what a host pays per bitmap to make its
-// data (throughput in raw pixel bytes).
-void BM_ZlibCompressOfOneImage(benchmark::State& state) {
-    const std::vector<unsigned char>& raw = RawImage();
-    std::size_t out = 0;
+// zlib compress of the same uncompressed file image (everything after its 8-byte
+// header): what compressed output costs at the least.
+void BM_ZlibCompressOfTheSameImage(benchmark::State& state) {
+    bool plain = false;
+    const std::vector<unsigned char> image = Movie().FileImage(plain);
+    std::vector<unsigned char> out(compressBound(static_cast<uLong>(image.size())));
+    uLongf length = 0;
     for (auto _ : state) {
-        out = CompressImage(raw).size();
-        benchmark::DoNotOptimize(out);
+        length = static_cast<uLongf>(out.size());
+        compress(out.data(), &length, image.data() + 8, static_cast<uLong>(image.size() - 8));
+        benchmark::DoNotOptimize(length);
     }
-    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * raw.size()));
-    state.counters["compressed_bytes"] = static_cast<double>(out);
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * image.size()));
+    state.counters["compressed_bytes"] = static_cast<double>(length);
 }
-BENCHMARK(BM_ZlibCompressOfOneImage)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ZlibCompressOfTheSameImage)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 

@@ -4,12 +4,26 @@
 
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <new>
 
 #include "flio/PL_FileSpec.h"
 #include "io/flaConvert.h"
 
 using flio_detail::TruncToInt64;
+
+namespace {
+
+// Storage for the image: plain malloc, so that growing does not zero memory that is
+// about to be overwritten.
+unsigned char* AllocateBytes(std::size_t size) {
+    void* p = std::malloc(size ? size : 1);
+    if (!p) throw std::bad_alloc();
+    return static_cast<unsigned char*>(p);
+}
+
+}  // namespace
 
 flaDump::SizeCallback::~SizeCallback() = default;
 
@@ -19,7 +33,7 @@ flaDump::flaDump(int frameSizeX_, SizeCallback* callback)
 flaDump::~flaDump() = default;
 
 flaDump::flaDump(const flaDump& o)
-    : storage(o.length ? new unsigned char[o.length] : nullptr),
+    : storage(o.length ? AllocateBytes(o.length) : nullptr),
       capacity(o.length),
       length(o.length),
       acc(o.acc),
@@ -51,10 +65,12 @@ flaDump& flaDump::operator=(const flaDump& o) {
     return *this;
 }
 
+void flaDump::FreeBytes::operator()(unsigned char* p) const { std::free(p); }
+
 void flaDump::Grow(std::size_t n) {
     std::size_t want = capacity < 4096 ? 4096 : capacity * 2;
     if (want < static_cast<std::size_t>(position) + n) want = static_cast<std::size_t>(position) + n;
-    std::unique_ptr<unsigned char[]> bigger(new unsigned char[want]);
+    std::unique_ptr<unsigned char[], FreeBytes> bigger(AllocateBytes(want));
     if (length) std::memcpy(bigger.get(), storage.get(), length);
     storage = std::move(bigger);
     capacity = want;
@@ -217,23 +233,29 @@ void flaDump::TransformCoordFromPegSide(int& x, int& y) const {
     }
 }
 
+bool flaDump::CompressImage(const unsigned char* image, std::size_t size, std::vector<unsigned char>& out) {
+    if (size <= 8) return false;
+    const uLong n = static_cast<uLong>(size - 8);
+    // The output bound the format's writer has always used.
+    const float boundF = static_cast<float>(n) * 0.001f + static_cast<float>(n + 8) + 12.0f;
+    uLongf outLen = static_cast<uLongf>(boundF);
+    out.resize(8 + outLen);
+    const int rc = ::compress(out.data() + 8, &outLen, image + 8, n);
+    if (rc != Z_OK || outLen >= n) return false;
+    out[0] = 'C';
+    out[1] = 'W';
+    out[2] = 'S';
+    out[3] = static_cast<signed char>(image[3]) >= 6 ? image[3] : 6;
+    std::memcpy(out.data() + 4, image + 4, 4);
+    out.resize(8 + outLen);
+    return true;
+}
+
 std::vector<unsigned char> flaDump::GetFileImage(bool& compress) const {
-    const std::vector<unsigned char> image = GetBuffer();
-    if (compress && image.size() > 8) {
-        const uLong n = static_cast<uLong>(image.size() - 8);
-        const float boundF = static_cast<float>(n) * 0.001f + static_cast<float>(n + 8) + 12.0f;
-        uLongf outLen = static_cast<uLongf>(boundF);
-        std::vector<unsigned char> out(8 + outLen);
-        const int rc = ::compress(out.data() + 8, &outLen, image.data() + 8, n);
-        if (rc == Z_OK && outLen < n) {
-            out[0] = 'C';
-            out[1] = 'W';
-            out[2] = 'S';
-            out[3] = static_cast<signed char>(image[3]) >= 6 ? image[3] : 6;
-            std::memcpy(out.data() + 4, image.data() + 4, 4);
-            out.resize(8 + outLen);
-            return out;
-        }
+    std::vector<unsigned char> image = GetBuffer();
+    if (compress) {
+        std::vector<unsigned char> out;
+        if (CompressImage(image.data(), image.size(), out)) return out;
     }
     compress = false;
     return image;
@@ -249,8 +271,13 @@ bool flaDump::WriteFileOnDisk(const PL_FileSpec& file, bool& compress) {
     acc = 0;  // bits short of a byte are dropped
     accBits = 0;
     position = 0;
-    const std::vector<unsigned char> image = GetFileImage(compress);
-    bool ok = image.empty() || std::fwrite(image.data(), 1, image.size(), f) == image.size();
+    // The image is written from the stream's own memory when it goes out uncompressed.
+    std::vector<unsigned char> compressed;
+    const bool packed = compress && CompressImage(storage.get(), length, compressed);
+    if (!packed) compress = false;
+    const unsigned char* data = packed ? compressed.data() : storage.get();
+    const std::size_t size = packed ? compressed.size() : length;
+    bool ok = size == 0 || std::fwrite(data, 1, size, f) == size;
     ok = std::fclose(f) == 0 && ok;
     return ok;
 }

@@ -96,6 +96,9 @@ public:
     // The file image as WriteFileOnDisk would write it (compressed when asked for
     // and smaller; compress is cleared otherwise). Leaves the stream unchanged.
     std::vector<unsigned char> GetFileImage(bool& compress) const;
+    // Makes room for `bytes` more bytes in one step (a hint for large images; the
+    // stream grows by itself otherwise).
+    void ReserveBytes(std::size_t bytes) { Reserve(bytes); }
     // A copy of the bytes committed so far (the uncompressed image).
     std::vector<unsigned char> GetBuffer() const;
     std::size_t GetSize() const;
@@ -167,6 +170,9 @@ private:
         return WriteBitsSlow(data, bitCount, width, bitPacked);
     }
     bool WriteBitsSlow(const char* data, int bitCount, int width, bool bitPacked);
+    // The compressed form of an image ("CWS" header and the zlib stream of what
+    // follows its first 8 bytes); false when compression fails or does not shrink it.
+    static bool CompressImage(const unsigned char* image, std::size_t size, std::vector<unsigned char>& out);
     // Pads the pending bits with zeros to a byte boundary (reporting the padding)
     // and stores them.
     void WriteZeroToAlignBlock() {
@@ -180,7 +186,10 @@ private:
         FlushBytes();
     }
 
-    std::unique_ptr<unsigned char[]> storage;  // the image; its capacity runs ahead of `length`
+    struct FreeBytes {
+        void operator()(unsigned char* p) const;
+    };
+    std::unique_ptr<unsigned char[], FreeBytes> storage;  // the image; its capacity runs ahead of `length`
     std::size_t capacity = 0;
     std::size_t length = 0;              // bytes stored so far
     std::uint64_t acc = 0;               // bits written but not yet stored, right-aligned

@@ -155,6 +155,9 @@ protected:
     bool DumpMovieToBuffer(flaDump& dump);
     // JPEG tables, JPEG bitmaps, then lossless and lossless-2 bitmaps.
     void DumpAllBitmap(flaDump& dump);
+    // The bytes of bitmap, JPEG and sound data the file will carry, so that the
+    // stream can make room for them at once.
+    std::size_t MediaBytes() const;
     // Every output font as DefineFont2, in face order.
     void DumpAllFonts(flaDump& dump);
     // One DoAction: SetTarget "" and StopSounds.

@@ -45,9 +45,10 @@ std::size_t PointCount(const flaGeometry& g) {
 
 }  // namespace
 
-flaTextGeometry::flaTextGeometry(int id_) : flaCharacter(id_) {}
+flaTextGeometry::flaTextGeometry(int id_) : flaCharacter(id_) { drawing.SetId(id_); }
 
 flaTextGeometry::flaTextGeometry(int id_, flaRead& in) : flaCharacter(id_) {
+    drawing.SetId(id_);
     const int n = in.DataSize();
     auto body = std::make_unique<flaRead>(n, in.GetBuffer() + in.GetPosition());
     body->SetScaling(in.GetScaling());
@@ -95,6 +96,12 @@ void flaTextGeometry::SetTransformation(const flaMatrix& m) {
 }
 
 void flaTextGeometry::DumpCharacterInFile(flaDump& dump) const {
+    // A text read from a file refers to fonts of that file, which are never written:
+    // it goes out as its outlines (BuildBloated), a DefineShape3 under its own id.
+    if (reader) {
+        drawing.flaGeometry::DumpCharacterInFile(dump);
+        return;
+    }
     // The fonts and the frame width: those of the movie being written, or those of
     // the current movie for a text written on its own.
     const flaFont* font = nullptr;

@@ -99,7 +99,9 @@ public:
 
 private:
     // DefineText. The font is looked up in the stream's font table, or in the
-    // current movie's when the stream has none.
+    // current movie's when the stream has none. A text read from a file is written
+    // as its outlines instead (the drawing made by BuildBloated, as a DefineShape3
+    // with the text's id), since the fonts it refers to are not written.
     void DumpCharacterInFile(flaDump& dump) const override;
 
     flaBoundingBox bbox;

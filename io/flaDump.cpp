@@ -4,12 +4,26 @@
 
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <new>
 
 #include "flio/PL_FileSpec.h"
 #include "io/flaConvert.h"
 
 using flio_detail::TruncToInt64;
+
+namespace {
+
+// Storage for the image: plain malloc, so that growing does not zero memory that is
+// about to be overwritten.
+unsigned char* AllocateBytes(std::size_t size) {
+    void* p = std::malloc(size ? size : 1);
+    if (!p) throw std::bad_alloc();
+    return static_cast<unsigned char*>(p);
+}
+
+}  // namespace
 
 flaDump::SizeCallback::~SizeCallback() = default;
 
@@ -18,95 +32,112 @@ flaDump::flaDump(int frameSizeX_, SizeCallback* callback)
 
 flaDump::~flaDump() = default;
 
-void flaDump::CommitByte() {
-    if (static_cast<std::size_t>(position) == buffer.size())
-        buffer.push_back(pendingByte);
-    else
-        buffer[static_cast<std::size_t>(position)] = pendingByte;
-    ++position;
-    pendingByte = 0;
-    bitPosition = 0;
+flaDump::flaDump(const flaDump& o)
+    : storage(o.length ? AllocateBytes(o.length) : nullptr),
+      capacity(o.length),
+      length(o.length),
+      acc(o.acc),
+      accBits(o.accBits),
+      position(o.position),
+      frameSizeX(o.frameSizeX),
+      orientation(o.orientation),
+      sizeCallback(o.sizeCallback),
+      costCode(o.costCode),
+      fontTable(o.fontTable) {
+    if (length) std::memcpy(storage.get(), o.storage.get(), length);
 }
 
-// Writes the low `count` bits of value, most significant first, continuing at the
-// current bit position and committing every byte that fills up.
-void flaDump::PutBits(unsigned long value, int count) {
-    while (count > 0) {
-        const int room = 8 - static_cast<int>(bitPosition);
-        const int take = count < room ? count : room;
-        const unsigned long bits = (value >> (count - take)) & ((1UL << take) - 1UL);
-        pendingByte = static_cast<unsigned char>(pendingByte | (bits << (room - take)));
-        bitPosition += static_cast<unsigned int>(take);
-        count -= take;
-        if (bitPosition == 8) CommitByte();
+flaDump& flaDump::operator=(const flaDump& o) {
+    if (this != &o) {
+        flaDump copy(o);
+        std::swap(storage, copy.storage);
+        capacity = copy.capacity;
+        length = copy.length;
+        acc = copy.acc;
+        accBits = copy.accBits;
+        position = copy.position;
+        frameSizeX = copy.frameSizeX;
+        orientation = copy.orientation;
+        sizeCallback = copy.sizeCallback;
+        costCode = copy.costCode;
+        fontTable = copy.fontTable;
     }
+    return *this;
 }
 
-void flaDump::WriteZeroToAlignBlock() {
-    if (bitPosition == 0) return;
-    Report(8 - static_cast<int>(bitPosition));
-    CommitByte();
+void flaDump::FreeBytes::operator()(unsigned char* p) const { std::free(p); }
+
+void flaDump::Grow(std::size_t n) {
+    std::size_t want = capacity < 4096 ? 4096 : capacity * 2;
+    if (want < static_cast<std::size_t>(position) + n) want = static_cast<std::size_t>(position) + n;
+    std::unique_ptr<unsigned char[], FreeBytes> bigger(AllocateBytes(want));
+    if (length) std::memcpy(bigger.get(), storage.get(), length);
+    storage = std::move(bigger);
+    capacity = want;
 }
 
-void flaDump::PadLastByte() { WriteZeroToAlignBlock(); }
-
-void flaDump::Bit(bool b) {
-    Report(1);
-    PutBits(b ? 1UL : 0UL, 1);
+void flaDump::FlushBytes() {
+    if (accBits < 8) return;
+    Reserve(8);
+    unsigned char* p = storage.get() + position;
+    std::size_t n = 0;
+    while (accBits >= 8) {
+        accBits -= 8;
+        p[n++] = static_cast<unsigned char>(acc >> accBits);
+    }
+    acc &= (std::uint64_t{1} << accBits) - 1u;
+    Advance(n);
 }
 
-void flaDump::DataU8(unsigned char v) {
-    Report(8);
-    WriteZeroToAlignBlock();
-    PutAlignedByte(v);
+std::vector<unsigned char> flaDump::GetBuffer() const {
+    std::vector<unsigned char> out(storage.get(), storage.get() + length);
+    unsigned left = accBits;
+    for (std::size_t p = static_cast<std::size_t>(position); left >= 8; ++p) {
+        left -= 8;
+        const auto byte = static_cast<unsigned char>(acc >> left);
+        if (p < out.size())
+            out[p] = byte;
+        else
+            out.push_back(byte);
+    }
+    return out;
 }
 
-void flaDump::DataS8(char v) { DataU8(static_cast<unsigned char>(v)); }
-
-void flaDump::DataU16(unsigned short v) {
-    Report(16);
-    WriteZeroToAlignBlock();
-    PutAlignedByte(static_cast<unsigned char>(v & 0xFF));
-    PutAlignedByte(static_cast<unsigned char>(v >> 8));
-}
-
-void flaDump::DataS16(short v) { DataU16(static_cast<unsigned short>(v)); }
-
-void flaDump::DataU32(unsigned long v) {
-    Report(32);
-    WriteZeroToAlignBlock();
-    for (int i = 0; i < 4; ++i) PutAlignedByte(static_cast<unsigned char>((v >> (8 * i)) & 0xFF));
+std::size_t flaDump::GetSize() const {
+    const std::size_t end = static_cast<std::size_t>(GetCurrentPosition());
+    return end > length ? end : length;
 }
 
 void flaDump::DataFloat(float v) {
-    unsigned int bits;
+    std::uint32_t bits;
     std::memcpy(&bits, &v, sizeof bits);
     DataU32(bits);
 }
 
-void flaDump::DataU8(const char* data, int bitCount, bool bitPacked) { WriteBits(data, bitCount, 8, bitPacked); }
-void flaDump::DataU16(const char* data, int bitCount, bool bitPacked) { WriteBits(data, bitCount, 16, bitPacked); }
-void flaDump::DataU32(const char* data, int bitCount, bool bitPacked) { WriteBits(data, bitCount, 32, bitPacked); }
-
-bool flaDump::WriteBits(const char* data, int bitCount, int width, bool bitPacked) {
-    Report(bitCount);
+bool flaDump::WriteBitsSlow(const char* data, int bitCount, int width, bool bitPacked) {
+    // The report was made by WriteBits.
     if (!bitPacked) WriteZeroToAlignBlock();
     if (bitCount < 1) return true;
     if (bitCount > width) bitCount = width;
-    // The width-sized value, little-endian at data, with its field moved to the top.
-    unsigned long value = 0;
     const auto* bytes = reinterpret_cast<const unsigned char*>(data);
-    for (int i = 0; i < width / 8; ++i) value |= static_cast<unsigned long>(bytes[i]) << (8 * i);
-    const unsigned long mask = width == 32 ? 0xFFFFFFFFUL : ((1UL << width) - 1UL);
-    const unsigned long shifted = (value << (width - bitCount)) & mask;
+    std::uint32_t value = bytes[0];
+    if (width >= 16) value |= static_cast<std::uint32_t>(bytes[1]) << 8;
+    if (width == 32) value |= static_cast<std::uint32_t>(bytes[2]) << 16 | static_cast<std::uint32_t>(bytes[3]) << 24;
     if (bitPacked) {
-        PutBits(shifted >> (width - bitCount), bitCount);
+        PutBits(value, bitCount);
         return true;
     }
-    // Not packed: the first bitCount bits of the shifted value's little-endian image.
+    if (bitCount == width) {  // a plain little-endian integer on a byte boundary
+        PutBytes(value, static_cast<std::size_t>(width / 8));
+        return true;
+    }
+    // Not packed: the field moved to the top of the width, then the first bitCount
+    // bits of that value's little-endian image.
+    const std::uint64_t widthMask = width == 32 ? 0xFFFFFFFFull : ((1ull << width) - 1ull);
+    const std::uint64_t shifted = (static_cast<std::uint64_t>(value) << (width - bitCount)) & widthMask;
     int left = bitCount;
     for (int i = 0; i < width / 8 && left > 0; ++i) {
-        const unsigned long byte = (shifted >> (8 * i)) & 0xFF;
+        const std::uint32_t byte = static_cast<std::uint32_t>((shifted >> (8 * i)) & 0xFF);
         const int take = left < 8 ? left : 8;
         PutBits(byte >> (8 - take), take);
         left -= take;
@@ -149,10 +180,9 @@ void flaDump::DataUnsigedChar(double v) {
 void flaDump::ChunkDump(const void* data, unsigned int byteCount) {
     if (data == nullptr) return;
     WriteZeroToAlignBlock();
-    const std::size_t end = static_cast<std::size_t>(position) + byteCount;
-    if (buffer.size() < end) buffer.resize(end);
-    if (byteCount) std::memcpy(buffer.data() + position, data, byteCount);
-    position += static_cast<int>(byteCount);
+    Reserve(byteCount);
+    if (byteCount) std::memcpy(storage.get() + position, data, byteCount);
+    Advance(byteCount);
     Report(static_cast<int>(byteCount * 8u));
 }
 
@@ -166,24 +196,27 @@ void flaDump::FixData(int at, const char* data, int width, int bitCount, bool bi
         std::printf("Error: Can't fix a not align byte\n");
         return;
     }
-    const int saved = position;
+    // Callers patch on a byte boundary; any pending part-byte stays pending.
+    FlushBytes();
+    if (bitCount == width && at >= 0 && static_cast<std::size_t>(at) + static_cast<std::size_t>(width / 8) <= length) {
+        // The common case: a whole little-endian integer over bytes already written.
+        std::memcpy(storage.get() + at, data, static_cast<std::size_t>(width / 8));
+        return;
+    }
+    const int savedPosition = position;
+    const std::uint64_t savedAcc = acc;
+    const unsigned savedBits = accBits;
     SizeCallback* const savedCallback = sizeCallback;
     position = at;
+    acc = 0;
+    accBits = 0;
     sizeCallback = nullptr;  // the placeholder's bits were counted when it was written
     WriteBits(data, bitCount, width, false);
+    FlushBytes();
     sizeCallback = savedCallback;
-    position = saved;
-}
-
-int flaDump::GetBitNumber(int value) {
-    if (value == 0) return 1;
-    if (value < 0) return 0;
-    int n = 0;
-    while (value != 0 && n < 32) {
-        value >>= 1;
-        ++n;
-    }
-    return n;
+    position = savedPosition;
+    acc = savedAcc;
+    accBits = savedBits;
 }
 
 void flaDump::TransformCoordFromPegSide(int& x, int& y) const {
@@ -200,25 +233,32 @@ void flaDump::TransformCoordFromPegSide(int& x, int& y) const {
     }
 }
 
+bool flaDump::CompressImage(const unsigned char* image, std::size_t size, std::vector<unsigned char>& out) {
+    if (size <= 8) return false;
+    const uLong n = static_cast<uLong>(size - 8);
+    // The output bound the format's writer has always used.
+    const float boundF = static_cast<float>(n) * 0.001f + static_cast<float>(n + 8) + 12.0f;
+    uLongf outLen = static_cast<uLongf>(boundF);
+    out.resize(8 + outLen);
+    const int rc = ::compress(out.data() + 8, &outLen, image + 8, n);
+    if (rc != Z_OK || outLen >= n) return false;
+    out[0] = 'C';
+    out[1] = 'W';
+    out[2] = 'S';
+    out[3] = static_cast<signed char>(image[3]) >= 6 ? image[3] : 6;
+    std::memcpy(out.data() + 4, image + 4, 4);
+    out.resize(8 + outLen);
+    return true;
+}
+
 std::vector<unsigned char> flaDump::GetFileImage(bool& compress) const {
-    if (compress && buffer.size() > 8) {
-        const uLong n = static_cast<uLong>(buffer.size() - 8);
-        const float boundF = static_cast<float>(n) * 0.001f + static_cast<float>(n + 8) + 12.0f;
-        uLongf outLen = static_cast<uLongf>(boundF);
-        std::vector<unsigned char> out(8 + outLen);
-        const int rc = ::compress(out.data() + 8, &outLen, buffer.data() + 8, n);
-        if (rc == Z_OK && outLen < n) {
-            out[0] = 'C';
-            out[1] = 'W';
-            out[2] = 'S';
-            out[3] = static_cast<signed char>(buffer[3]) >= 6 ? buffer[3] : 6;
-            std::memcpy(out.data() + 4, buffer.data() + 4, 4);
-            out.resize(8 + outLen);
-            return out;
-        }
+    std::vector<unsigned char> image = GetBuffer();
+    if (compress) {
+        std::vector<unsigned char> out;
+        if (CompressImage(image.data(), image.size(), out)) return out;
     }
     compress = false;
-    return buffer;
+    return image;
 }
 
 bool flaDump::WriteFileOnDisk(const PL_FileSpec& file, bool& compress) {
@@ -227,11 +267,17 @@ bool flaDump::WriteFileOnDisk(const PL_FileSpec& file, bool& compress) {
         std::printf("Cannot open file for write: %s\n", file.GetFilePath().utf8().c_str());
         return false;
     }
-    pendingByte = 0;
-    bitPosition = 0;
+    FlushBytes();
+    acc = 0;  // bits short of a byte are dropped
+    accBits = 0;
     position = 0;
-    const std::vector<unsigned char> image = GetFileImage(compress);
-    bool ok = image.empty() || std::fwrite(image.data(), 1, image.size(), f) == image.size();
+    // The image is written from the stream's own memory when it goes out uncompressed.
+    std::vector<unsigned char> compressed;
+    const bool packed = compress && CompressImage(storage.get(), length, compressed);
+    if (!packed) compress = false;
+    const unsigned char* data = packed ? compressed.data() : storage.get();
+    const std::size_t size = packed ? compressed.size() : length;
+    bool ok = size == 0 || std::fwrite(data, 1, size, f) == size;
     ok = std::fclose(f) == 0 && ok;
     return ok;
 }

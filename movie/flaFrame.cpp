@@ -34,11 +34,7 @@ flaFrame::~flaFrame() = default;
 
 void flaFrame::PlaceNewCharacterInFrame(const flaCharacterInfo& info) {
     if (!info.GetCharacter()) return;
-    auto it = displayList.find(info.GetDepth());
-    if (it == displayList.end())
-        displayList.emplace(info.GetDepth(), info);
-    else
-        it->second = info;
+    displayList.set(info.GetDepth(), info);
 }
 
 bool flaFrame::RemoveCharacterAtDepth(int depth) { return displayList.erase(depth) != 0; }

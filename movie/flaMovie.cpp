@@ -10,10 +10,7 @@
 #include "flio/flaFrame.h"
 #include "flio/flaMatrix.h"
 #include "flio/flaRead.h"
-#if __has_include("flio/flaGeometry.h")
 #include "flio/flaGeometry.h"
-#define FLIO_HAVE_BACKGROUND_SHAPE 1
-#endif
 
 const flaMovie* flaMovie::pCurrentMovie = nullptr;
 
@@ -168,7 +165,6 @@ void flaMovie::ForceBackgroundColour(int frameIndex) {
     flaFrame* frame = frames[static_cast<std::size_t>(frameIndex)].get();
     const flaFrame* first = frames[0].get();
     if (!frame || frame->GetBackGroundColor() == first->GetBackGroundColor()) return;
-#ifdef FLIO_HAVE_BACKGROUND_SHAPE
     if (!backgroundShape) {
         backgroundShape = new flaGeometryBackground(GetNewCharacterId());
         characters.push_back(backgroundShape);
@@ -179,5 +175,4 @@ void flaMovie::ForceBackgroundColour(int frameIndex) {
     flaCharacterInfo info(backgroundShape, 1, identity, -1);
     info.SetColorXForm(flaColorXForm(1, 1, 1, 1, c.r, c.g, c.b, c.a));
     frame->PlaceNewCharacterInFrame(info);
-#endif
 }

@@ -30,7 +30,25 @@ bool flaMovie::DumpMovieToFile(const PL_FileSpec& file, flaDump& dump, bool comp
     return dump.WriteFileOnDisk(file, useCompression);
 }
 
+std::size_t flaMovie::MediaBytes() const {
+    std::size_t bytes = 4096 + jpegTablesLength;
+    for (const flaBitsLossless* b : bitsLossless) bytes += b->dataSize + 16;
+    for (const flaBitsLossless2* b : bitsLossless2) bytes += b->dataSize + 16;
+    for (const flaBitsJpegBase* j : jpegs) bytes += j->GetDataSize() + 16;
+    for (const flaSound* s : sounds) bytes += s->GetSize() + 32;
+    return bytes;
+}
+
 bool flaMovie::DumpMovieToBuffer(flaDump& dump) {
+    // Texts written into the stream look their fonts up in this movie's table.
+    struct FontTableScope {
+        flaDump& dump;
+        const flaFontTable* saved;
+        ~FontTableScope() { dump.SetFontTable(saved); }
+    } scope{dump, dump.GetFontTable()};
+    dump.SetFontTable(&fontTable);
+    dump.ReserveBytes(MediaBytes());
+
     // Header. The version byte is always 9.
     dump.DataU8(static_cast<unsigned char>('F'));
     dump.DataU8(static_cast<unsigned char>('W'));
@@ -51,7 +69,7 @@ bool flaMovie::DumpMovieToBuffer(flaDump& dump) {
     dump.DataU16(static_cast<unsigned short>(frames.size()));
 
     DumpAllBitmap(dump);
-    // Fonts (DumpAllFonts) are written here, after the bitmaps.
+    DumpAllFonts(dump);
     streamedSound.DumpHeader(dump);
 
     const flaFrame* previous = nullptr;

@@ -83,11 +83,8 @@ bool flaColorXForm::DumpInFile(flaDump& dump) const {
         consider(aA);
     }
     const int nbits = flaDump::GetBitNumber(largest) + 1;
-    dump.DataU32(reinterpret_cast<const char*>(&nbits), 4, true);
-    auto field = [&dump, nbits](short v) {
-        const int wide = v;
-        dump.DataU32(reinterpret_cast<const char*>(&wide), nbits, true);
-    };
+    dump.Bits(static_cast<unsigned>(nbits), 4);
+    auto field = [&dump, nbits](short v) { dump.Bits(static_cast<unsigned>(static_cast<int>(v)), nbits); };
     if (isMult) {
         field(mR);
         field(mG);

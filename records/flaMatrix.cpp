@@ -34,9 +34,9 @@ void WritePair(flaDump& dump, double first, double second) {
     const std::int32_t b = TruncToInt32(second);
     const double larger = std::fabs(first) > std::fabs(second) ? std::fabs(first) : std::fabs(second);
     const int nbits = flaDump::GetBitNumber(TruncToInt32(larger)) + 1;
-    dump.DataU32(reinterpret_cast<const char*>(&nbits), 5, true);
-    dump.DataU32(reinterpret_cast<const char*>(&a), nbits, true);
-    dump.DataU32(reinterpret_cast<const char*>(&b), nbits, true);
+    dump.Bits(static_cast<std::uint32_t>(nbits), 5);
+    dump.Bits(static_cast<std::uint32_t>(a), nbits);
+    dump.Bits(static_cast<std::uint32_t>(b), nbits);
 }
 
 }  // namespace

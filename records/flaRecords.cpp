@@ -67,6 +67,6 @@ void flaBoundingBox::DumpInFile(flaDump& dump, float maxLineWidth) const {
         if (b > nbits) nbits = b;
     }
     nbits += 1;
-    dump.DataU32(reinterpret_cast<const char*>(&nbits), 5, true);
-    for (std::int32_t x : v) dump.DataU32(reinterpret_cast<const char*>(&x), nbits, true);
+    dump.Bits(static_cast<std::uint32_t>(nbits), 5);
+    for (std::int32_t x : v) dump.Bits(static_cast<std::uint32_t>(x), nbits);
 }

@@ -1,10 +1,13 @@
 #!/usr/bin/env bash
-# Builds the library and the flio tool, writes the built-in demo movie and prints
-# what it holds.
+# Builds the library and the flio tool, writes the built-in demo movie to
+# out/demo.swf and prints what it holds. Installs missing Debian packages when run
+# as root.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-cmake -S . -B build -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
-cmake --build build -j"$(nproc)" --target flio_cli
+. scripts/deps.sh
+flio_need_packages cmake g++ make zlib1g-dev
+cmake -S . -B build-demo -DCMAKE_BUILD_TYPE=RelWithDebInfo -DFLIO_BUILD_TESTS=OFF -DFLIO_BUILD_BENCH=OFF >/dev/null
+cmake --build build-demo -j"$(nproc)" --target flio_cli
 mkdir -p out
-./build/tools/flio/flio demo out/demo.swf --compress
-./build/tools/flio/flio info out/demo.swf
+./build-demo/tools/flio/flio demo out/demo.swf --compress
+./build-demo/tools/flio/flio info out/demo.swf

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "flio/PL_FileSpec.h"
+#include "flio/flaRead.h"
 #include "flio/flaDump.h"
 #include "test_util.h"
 
@@ -196,4 +197,36 @@ TEST(flaDump, WriteFileOnDiskReportsAnUnopenableFile) {
     EXPECT_FALSE(d.WriteFileOnDisk(PL_FileSpec("/nonexistent-dir/x.swf"), compress));
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "Cannot open file for write: /nonexistent-dir/x.swf\n");
     EXPECT_EQ(d.GetBuffer().size(), 11u);
+}
+
+TEST(flaDump, CopiesAreIndependent) {
+    flaDump a(550, nullptr);
+    a.DataU16((unsigned short)0x0201);
+    a.Bit(true);  // pending bits travel with the copy
+    flaDump b(a);
+    b.DataU8((unsigned char)0xFF);
+    a.DataU8((unsigned char)0x11);
+    EXPECT_EQ(ToHex(Flushed(a)), "01 02 80 11");
+    EXPECT_EQ(ToHex(Flushed(b)), "01 02 80 FF");
+    flaDump c(1, nullptr);
+    c = b;
+    EXPECT_EQ(ToHex(Flushed(c)), "01 02 80 FF");
+    EXPECT_EQ(c.GetFrameSizeX(), 550);
+}
+
+TEST(flaDump, LargeImagesGrowWithoutLosingBytes) {
+    flaDump d(550, nullptr);
+    for (int i = 0; i < 100000; ++i) {
+        d.Bits(static_cast<std::uint32_t>(i), 17);
+        if (i % 7 == 0) d.DataU8(static_cast<unsigned char>(i));
+    }
+    const auto bytes = Flushed(d);
+    ASSERT_EQ(bytes.size(), d.GetSize());
+    flaRead r(static_cast<int>(bytes.size()), bytes.data());
+    for (int i = 0; i < 100000; ++i) {
+        ASSERT_EQ(r.GetBits(17), static_cast<std::uint32_t>(i) & 0x1FFFF) << i;
+        if (i % 7 == 0) {
+            ASSERT_EQ(r.GetByte(), static_cast<unsigned char>(i)) << i;
+        }
+    }
 }

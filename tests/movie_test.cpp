@@ -336,7 +336,6 @@ TEST(flaMovieWriter, StreamBlocksOnlyWhenExportIsActive) {
 }  // namespace
 
 // The background shape comes from the shapes part of the library.
-#if __has_include("flio/flaGeometry.h")
 namespace {
 
 TEST(flaMovie, ForceBackgroundColourPaintsLaterFramesWithOneShape) {
@@ -369,4 +368,4 @@ TEST(flaMovie, ForceBackgroundColourPaintsLaterFramesWithOneShape) {
 }
 
 }  // namespace
-#endif
+

@@ -90,6 +90,7 @@ public:
     // Reads the id and takes the rest of the tag as data (the previous block is
     // released).
     bool ReadFromFile(flaRead& reader);
+    unsigned int GetDataSize() const { return dataSize; }
 
 protected:
     const char* Data() const { return data; }

@@ -5,6 +5,9 @@
 // zlib-compressed when asked for and when that makes it smaller.
 #pragma once
 
+#include <cstdint>
+#include <cstring>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -25,31 +28,63 @@ public:
     };
 
     flaDump(int frameSizeX, SizeCallback* callback);
-    flaDump(const flaDump&) = default;
-    flaDump& operator=(const flaDump&) = default;
+    flaDump(const flaDump& other);
+    flaDump& operator=(const flaDump& other);
     ~flaDump();
 
-    void Bit(bool b);
-    void DataU8(unsigned char v);
-    void DataS8(char v);
-    void DataU16(unsigned short v);
-    void DataS16(short v);
-    void DataU32(unsigned long v);  // the low 32 bits
+    void Bit(bool b) {
+        Report(1);
+        PutBits(b ? 1u : 0u, 1);
+    }
+    void DataU8(unsigned char v) {
+        Report(8);
+        WriteZeroToAlignBlock();
+        PutBytes(v, 1);
+    }
+    void DataS8(char v) { DataU8(static_cast<unsigned char>(v)); }
+    void DataU16(unsigned short v) {
+        Report(16);
+        WriteZeroToAlignBlock();
+        PutBytes(v, 2);
+    }
+    void DataS16(short v) { DataU16(static_cast<unsigned short>(v)); }
+    void DataU32(unsigned long v) {  // the low 32 bits
+        Report(32);
+        WriteZeroToAlignBlock();
+        PutBytes(static_cast<std::uint32_t>(v), 4);
+    }
     // bitCount bits of an 8-, 16- or 32-bit value stored little-endian at data.
-    void DataU8(const char* data, int bitCount, bool bitPacked);
-    void DataU16(const char* data, int bitCount, bool bitPacked);
-    void DataU32(const char* data, int bitCount, bool bitPacked);
+    void DataU8(const char* data, int bitCount, bool bitPacked) { WriteBits(data, bitCount, 8, bitPacked); }
+    void DataU16(const char* data, int bitCount, bool bitPacked) { WriteBits(data, bitCount, 16, bitPacked); }
+    void DataU32(const char* data, int bitCount, bool bitPacked) { WriteBits(data, bitCount, 32, bitPacked); }
+    // The low bitCount (0 to 32) bits of value as a bit-packed field: the same as
+    // DataU32(&value, bitCount, true) without going through memory.
+    void Bits(std::uint32_t value, int bitCount) {
+        Report(bitCount);
+        PutBits(value, bitCount > 32 ? 32 : bitCount);
+    }
     void DataFixed(double v);        // 16.16, fraction word first
     void DataFixed8(double v);       // 8.8, fraction byte first
     void DataUnsigedChar(double v);  // a byte from a real value, capped at 255
     void DataFloat(float v);         // IEEE-754 bits, little-endian
     void ChunkDump(const void* data, unsigned int byteCount);
     void StringPrint(std::string s);
-    void PadLastByte();
+    void PadLastByte() { WriteZeroToAlignBlock(); }
 
-    int GetCurrentPosition() const { return position; }
+    // The byte position: where the next completed byte goes.
+    int GetCurrentPosition() const { return position + static_cast<int>(accBits >> 3); }
     void FixData(int position, const char* data, int width, int bitCount, bool bitPacked);
-    static int GetBitNumber(int value);
+    static int GetBitNumber(int value) {
+        if (value == 0) return 1;
+        if (value < 0) return 0;
+#if defined(__GNUC__) || defined(__clang__)
+        return 32 - __builtin_clz(static_cast<unsigned int>(value));
+#else
+        int n = 0;
+        for (; value; value >>= 1) ++n;
+        return n;
+#endif
+    }
 
     void SetCostCode(unsigned int code) { costCode = code; }
     unsigned int GetCostCode() const { return costCode; }
@@ -61,8 +96,12 @@ public:
     // The file image as WriteFileOnDisk would write it (compressed when asked for
     // and smaller; compress is cleared otherwise). Leaves the stream unchanged.
     std::vector<unsigned char> GetFileImage(bool& compress) const;
-    // The bytes committed so far (the uncompressed image).
-    const std::vector<unsigned char>& GetBuffer() const { return buffer; }
+    // Makes room for `bytes` more bytes in one step (a hint for large images; the
+    // stream grows by itself otherwise).
+    void ReserveBytes(std::size_t bytes) { Reserve(bytes); }
+    // A copy of the bytes committed so far (the uncompressed image).
+    std::vector<unsigned char> GetBuffer() const;
+    std::size_t GetSize() const;
 
     // The font table that text written into this stream refers to; set by the
     // movie while it writes itself, null otherwise.
@@ -73,21 +112,91 @@ private:
     void Report(int bits) {
         if (sizeCallback) sizeCallback->AddBits(costCode, bits);
     }
-    void CommitByte();
-    void PutBits(unsigned long value, int count);  // MSB first at the bit position
-    void PutAlignedByte(unsigned char v) {
-        pendingByte = v;
-        CommitByte();
+    // Makes room for n more bytes at the position (the storage runs ahead of the
+    // committed length, so that whole words can be stored at once).
+    void Reserve(std::size_t n) {
+        if (static_cast<std::size_t>(position) + n > capacity) Grow(n);
     }
-    bool WriteBits(const char* data, int bitCount, int width, bool bitPacked);
-    void WriteZeroToAlignBlock();
+    void Grow(std::size_t n);
+    void Advance(std::size_t n) {
+        position += static_cast<int>(n);
+        if (static_cast<std::size_t>(position) > length) length = static_cast<std::size_t>(position);
+    }
+    // n (1 to 4) whole bytes of v, least significant first, at the position.
+    void PutBytes(std::uint32_t v, std::size_t n) {
+        Reserve(4);
+        unsigned char* p = storage.get() + position;
+        p[0] = static_cast<unsigned char>(v);
+        if (n > 1) p[1] = static_cast<unsigned char>(v >> 8);
+        if (n > 2) {
+            p[2] = static_cast<unsigned char>(v >> 16);
+            p[3] = static_cast<unsigned char>(v >> 24);
+        }
+        Advance(n);
+    }
+    // Writes the low `count` (0 to 32) bits of value after the bits already
+    // pending, most significant first; whole 32-bit groups are stored as they fill.
+    void PutBits(std::uint32_t value, int count) {
+        if (count <= 0) return;
+        const std::uint64_t field = count == 32 ? value : (value & ((1u << count) - 1u));
+        acc = (acc << count) | field;
+        accBits += static_cast<unsigned>(count);
+        if (accBits >= 32) {
+            accBits -= 32;
+            const auto word = static_cast<std::uint32_t>(acc >> accBits);
+            acc &= (std::uint64_t{1} << accBits) - 1u;
+            Reserve(4);
+            unsigned char* p = storage.get() + position;
+            p[0] = static_cast<unsigned char>(word >> 24);
+            p[1] = static_cast<unsigned char>(word >> 16);
+            p[2] = static_cast<unsigned char>(word >> 8);
+            p[3] = static_cast<unsigned char>(word);
+            Advance(4);
+        }
+    }
+    // Stores the whole bytes among the pending bits; fewer than 8 bits stay pending.
+    void FlushBytes();
+    bool WriteBits(const char* data, int bitCount, int width, bool bitPacked) {
+        Report(bitCount);
+        if (bitPacked && bitCount > 0 && bitCount <= width) {
+            std::uint32_t value = static_cast<unsigned char>(data[0]);
+            if (width >= 16) value |= static_cast<std::uint32_t>(static_cast<unsigned char>(data[1])) << 8;
+            if (width == 32)
+                value |= static_cast<std::uint32_t>(static_cast<unsigned char>(data[2])) << 16 |
+                         static_cast<std::uint32_t>(static_cast<unsigned char>(data[3])) << 24;
+            PutBits(value, bitCount);
+            return true;
+        }
+        return WriteBitsSlow(data, bitCount, width, bitPacked);
+    }
+    bool WriteBitsSlow(const char* data, int bitCount, int width, bool bitPacked);
+    // The compressed form of an image ("CWS" header and the zlib stream of what
+    // follows its first 8 bytes); false when compression fails or does not shrink it.
+    static bool CompressImage(const unsigned char* image, std::size_t size, std::vector<unsigned char>& out);
+    // Pads the pending bits with zeros to a byte boundary (reporting the padding)
+    // and stores them.
+    void WriteZeroToAlignBlock() {
+        if (accBits == 0) return;
+        const unsigned pad = (8u - (accBits & 7u)) & 7u;
+        if (pad) {
+            Report(static_cast<int>(pad));
+            acc <<= pad;
+            accBits += pad;
+        }
+        FlushBytes();
+    }
 
-    std::vector<unsigned char> buffer;
-    unsigned char pendingByte = 0;
-    unsigned int bitPosition = 0;
-    int position = 0;
+    struct FreeBytes {
+        void operator()(unsigned char* p) const;
+    };
+    std::unique_ptr<unsigned char[], FreeBytes> storage;  // the image; its capacity runs ahead of `length`
+    std::size_t capacity = 0;
+    std::size_t length = 0;              // bytes stored so far
+    std::uint64_t acc = 0;               // bits written but not yet stored, right-aligned
+    unsigned accBits = 0;                // how many (below 32 between writes)
+    int position = 0;                    // where the first pending byte will be stored
     int frameSizeX;
-    int orientation = 2;
+    int orientation = 2;  // coordinate rotation: 0, 1, or 2 = none (the only one in use)
     SizeCallback* sizeCallback;
     unsigned int costCode = 0;
     const flaFontTable* fontTable = nullptr;

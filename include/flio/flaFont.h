@@ -4,6 +4,7 @@
 // tags of an imported file. flaFontTable is the movie's font state.
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <memory>
 #include <vector>
@@ -51,7 +52,12 @@ public:
     bool getAdvance(unsigned short code, float& advance, float scale) const;
     float getLargestAdvance(float scale) const;
 
-    void DumpCharacterInFile(flaDump& dump) const;  // DefineFont2
+    // Writes the DefineFont2 tag: face, one outline per glyph, the code table. A
+    // null glyph is written as an empty outline.
+    void DumpCharacterInFile(flaDump& dump) const;
+
+    // Glyphs handed to addCode stay owned by the caller and must outlive every
+    // write of the font.
 
 private:
     friend class flaFontTable;
@@ -65,7 +71,7 @@ private:
 
 class ImportFont {
 public:
-    ImportFont() = default;
+    ImportFont();
     ImportFont(const ImportFont&) = delete;
     ImportFont& operator=(const ImportFont&) = delete;
     virtual ~ImportFont();
@@ -74,7 +80,7 @@ public:
     // Reads the font id, then keeps a private copy of the rest of the tag.
     bool ReadFromFile(flaRead& reader);
     flaRead* getReader() const { return reader.get(); }
-    std::unique_ptr<flaRead> takeReader() { return std::move(reader); }
+    std::unique_ptr<flaRead> takeReader();
 
 protected:
     int id = -1;
@@ -113,15 +119,25 @@ public:
     const std::vector<flaFont*>& GetBloatedFonts() const { return bloated; }
 
     // Files an import under its tag code (10, 13, 48 or 62) and takes ownership;
-    // any other code prints "Invalid SWF font tag code\n" and files nothing.
+    // any other code prints "Invalid SWF font tag code\n" and files nothing (the
+    // object then stays the caller's).
     void AddImportFont(ImportFont* font, int tagCode);
+    std::size_t GetPendingImportCount() const;
+    // Turns the pending imports into bloated fonts: DefineFont, then DefineFont2,
+    // then the infos, which are matched to the fonts by id. Never throws on
+    // malformed data: a font whose body is damaged keeps its id and what was read
+    // of its face before the damage, but no glyphs and no codes; an info whose body
+    // is damaged changes nothing.
     void buildBloatedFonts();
 
     void DumpAllFonts(flaDump& dump) const;
 
 private:
+    void BuildFont(ImportFont& import, bool defineFont2);
+    void ApplyInfo(ImportFont& import, const char* kind, bool skipLanguage);
+
     std::map<fontInfo, flaFont> table;
-    std::vector<flaFont*> bloated;
+    std::vector<flaFont*> bloated;  // owned
     std::vector<std::unique_ptr<flaGlyphGeometry>> ownedGlyphs;
     std::vector<std::unique_ptr<ImportFont>> pendingFont, pendingFont2, pendingInfo, pendingInfo2;
 };

@@ -5,6 +5,8 @@
 // the frame's actions and ShowFrame. flaCharacterInfo is one display-list entry.
 #pragma once
 
+#include <algorithm>
+
 #include <climits>
 #include <map>
 #include <memory>
@@ -104,9 +106,58 @@ private:
     flaFilterList filters;
 };
 
+// A frame's display list: its entries by ascending depth, one per depth. Kept in
+// one contiguous array, so that writing a long timeline walks memory in order.
+class flaDisplayList {
+public:
+    typedef std::pair<int, flaCharacterInfo> value_type;
+    typedef std::vector<value_type>::iterator iterator;
+    typedef std::vector<value_type>::const_iterator const_iterator;
+    typedef std::vector<value_type>::const_reverse_iterator const_reverse_iterator;
+
+    iterator begin() { return entries.begin(); }
+    iterator end() { return entries.end(); }
+    const_iterator begin() const { return entries.begin(); }
+    const_iterator end() const { return entries.end(); }
+    const_reverse_iterator rbegin() const { return entries.rbegin(); }
+    std::size_t size() const { return entries.size(); }
+    bool empty() const { return entries.empty(); }
+
+    iterator find(int depth) {
+        const iterator it = LowerBound(depth);
+        return it != entries.end() && it->first == depth ? it : entries.end();
+    }
+    const_iterator find(int depth) const { return const_cast<flaDisplayList*>(this)->find(depth); }
+    // Stores info at depth, replacing what stood there.
+    void set(int depth, const flaCharacterInfo& info) {
+        if (entries.empty() || entries.back().first < depth) {  // the usual case: placed in depth order
+            entries.emplace_back(depth, info);
+            return;
+        }
+        const iterator it = LowerBound(depth);
+        if (it != entries.end() && it->first == depth)
+            it->second = info;
+        else
+            entries.emplace(it, depth, info);
+    }
+    std::size_t erase(int depth) {
+        const iterator it = find(depth);
+        if (it == entries.end()) return 0;
+        entries.erase(it);
+        return 1;
+    }
+
+private:
+    iterator LowerBound(int depth) {
+        return std::lower_bound(entries.begin(), entries.end(), depth,
+                                [](const value_type& e, int d) { return e.first < d; });
+    }
+    std::vector<value_type> entries;
+};
+
 class flaFrame {
 public:
-    typedef std::map<int, flaCharacterInfo> DisplayList;
+    typedef flaDisplayList DisplayList;
     typedef std::pair<DisplayList::const_iterator, DisplayList::const_iterator> IterPair;
 
     flaFrame(int frameSizeX, double ratio);

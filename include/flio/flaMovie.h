@@ -12,6 +12,7 @@
 
 #include "flio/flaBits.h"
 #include "flio/flaCharacter.h"
+#include "flio/flaFont.h"
 #include "flio/flaFrame.h"
 #include "flio/flaGeometry.h"
 #include "flio/flaPalette.h"
@@ -134,6 +135,21 @@ public:
     void set_PreProsessStaticCharacters(bool on) { preProcessStaticCharacters = on; }
     bool GetPreProsessStaticCharacters() const { return preProcessStaticCharacters; }
 
+    // Fonts. getFont(face) gives the output font of a face, created with a fresh
+    // character id the first time the face is needed; the const forms only look.
+    flaFont& getFont(const fontInfo& face);
+    const flaFont* getFont(const fontInfo& face) const;
+    const flaFont* getFont(int id) const;
+    // Bloated fonts (complete outlines, for turning imported text into shapes):
+    // AddFont takes ownership of a non-null font; the first with the id is found.
+    void AddFont(flaFont* font);
+    const flaFont* getBloatedFont(int id) const;
+    // Files an imported font tag (10, 13, 48 or 62) for buildBloatedFonts and takes
+    // ownership; any other code is reported and the object stays the caller's.
+    void AddImportFont(ImportFont* font, int tagCode);
+    void buildBloatedFonts();
+    const flaFontTable& GetFontTable() const { return fontTable; }
+
     // Writes the movie into dump and then to the file, compressed when asked for
     // and smaller. False when the file cannot be written.
     bool DumpMovieToFile(const PL_FileSpec& file, flaDump& dump, bool compress);
@@ -219,6 +235,11 @@ protected:
     bool DumpMovieToBuffer(flaDump& dump);
     // JPEG tables, JPEG bitmaps, then lossless and lossless-2 bitmaps.
     void DumpAllBitmap(flaDump& dump);
+    // The bytes of bitmap, JPEG and sound data the file will carry, so that the
+    // stream can make room for them at once.
+    std::size_t MediaBytes() const;
+    // Every output font as DefineFont2, in face order.
+    void DumpAllFonts(flaDump& dump);
     // One DoAction: SetTarget "" and StopSounds.
     void BuildAndDumpStopSoundsActionOfMovie(flaDump& dump);
     // Creates frames up to frameIndex and hands the sound start to that frame.
@@ -232,6 +253,13 @@ protected:
     // Reads a JPEGTables tag body: the rest of the tag becomes the tables block. An
     // empty body sets the length to 0 and keeps the block held so far.
     void ParseJPEGTables(flaRead& reader);
+    // Font and text tags of an import: the font tags are kept for
+    // buildBloatedFonts; a DefineText becomes a text character.
+    void ParseDefineFont(flaRead& reader);
+    void ParseDefineFont2(flaRead& reader);
+    void ParseDefineFontInfo(flaRead& reader);
+    void ParseDefineFontInfo2(flaRead& reader);
+    void ParseDefineText(flaRead& reader);
 
     bool preProcessStaticCharacters = true;
     bool exportPalette = false;
@@ -255,6 +283,7 @@ protected:
     flaCharacter* backgroundShape = nullptr;    // also in characters
     flaQKData paletteData;
     bool frameSizeGiven = false;
+    flaFontTable fontTable;
     std::unique_ptr<flaCharacterMatrices> characterMatrices;
 
     // Import state: the frame that the next ShowFrame completes, the placements

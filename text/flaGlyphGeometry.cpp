@@ -1,0 +1,56 @@
+// Glyph outlines: written as a bare SHAPE inside DefineFont2, decoded from the
+// fonts of an imported file, and copied into the drawing of a bloated text.
+#include <memory>
+
+#include "flio/flaDump.h"
+#include "flio/flaRead.h"
+#include "flio/flaText.h"
+
+flaGlyphGeometry::flaGlyphGeometry() : flaGeometry(-1) {}
+
+flaGlyphGeometry::~flaGlyphGeometry() = default;
+
+void flaGlyphGeometry::DumpCharacterInFile(flaDump& dump) const { DumpShapeBody(dump, true); }
+
+void flaGlyphGeometry::buildBloated() {
+    DestroyBloated();
+    if (!glyphReader) return;
+    try {
+        flaRead& in = *glyphReader;
+        flaSubGeometry* first = AddChildGeometry();
+        const unsigned int bits = in.GetByte();
+        const int fillBits = static_cast<int>(bits >> 4);
+        const int lineBits = static_cast<int>(bits & 0x0Fu);
+
+        // Every fill index the outline can name exists, up to a fixed number of
+        // colours, so that a hostile bit count cannot make the glyph huge.
+        const int fills = fillBits >= 4 ? kMaxDecodedFills : (1 << fillBits);
+        for (int i = 0; i < fills; ++i)
+            first->AddFillColour(new flaColor(GetId(), i + first->GetFillIndexBase(), 0, flaColor::Solid,
+                                              FLIO::flaRGBA(0, 0, 0, 255)));
+
+        flaGeometryCurrentParserVariable state(*this, in.GetScaling(), first);
+        state.SetFillAndLineBits(fillBits, lineBits);
+        int x = 0, y = 0;
+        while (!ParseShapeRecord(x, y, false, in, state)) {
+            if (state.GetSubGeometry() != first) continue;
+            if (state.GetLeftColour() > fills) state.SetLeftColour(fills);
+            if (state.GetRightColour() > fills) state.SetRightColour(fills);
+        }
+        MarkBloated();
+    } catch (...) {
+        DestroyBloated();
+        throw;
+    }
+}
+
+void flaGlyphGeometry::copyStrokeData(const flaGeometry& source, flaMatrix* matrix, const FLIO::flaRGBA* colour) {
+    for (std::size_t i = 0; i < source.GetSubGeometryCount(); ++i) {
+        const flaSubGeometry* from = source.GetSubGeometry(i);
+        if (!from) continue;
+        flaSubGeometry* to = AddChildGeometry();
+        to->CopyStrokesFrom(*from);
+        to->resetColor(colour);
+        if (matrix) to->Transform(*matrix);
+    }
+}

@@ -1,0 +1,256 @@
+// Static text: the DefineText writer (one text record) and the bloating of a
+// DefineText read from a file into glyph outlines.
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+
+#include "flio/flaDump.h"
+#include "flio/flaFont.h"
+#include "flio/flaMovie.h"
+#include "flio/flaRead.h"
+#include "flio/flaText.h"
+#include "io/flaConvert.h"
+
+using flio_detail::TruncToInt32;
+
+namespace {
+
+void WriteField(flaDump& dump, std::uint32_t value, int bits) {
+    dump.DataU32(reinterpret_cast<const char*>(&value), bits, true);
+}
+
+int BitsOfMagnitude(std::int32_t v) {
+    const std::int64_t m = std::llabs(static_cast<long long>(v));
+    return flaDump::GetBitNumber(static_cast<int>(std::min<std::int64_t>(m, INT32_MAX)));
+}
+
+// The advance field of one glyph, in the units the text writer has always used.
+std::int32_t AdvanceValue(int kerning, unsigned int fontSize, float advance, int frameWidth) {
+    const float v = (static_cast<float>(kerning) + static_cast<float>(fontSize) * advance) * static_cast<float>(frameWidth) / 500.0f;
+    return TruncToInt32(v);
+}
+
+// The most outline points one bloated text may copy out of its fonts.
+const std::size_t kMaxBloatedTextPoints = std::size_t(1) << 22;
+
+std::size_t PointCount(const flaGeometry& g) {
+    std::size_t n = 1;  // an outline without points still costs its layer
+    for (std::size_t s = 0; s < g.GetSubGeometryCount(); ++s) {
+        const flaSubGeometry& sub = *g.GetSubGeometry(s);
+        for (std::size_t i = 0; i < sub.GetStrokeCount(); ++i)
+            if (const flaStroke* stroke = sub.GetStrokeRecord(i).stroke) n += stroke->GetSize();
+    }
+    return n;
+}
+
+}  // namespace
+
+flaTextGeometry::flaTextGeometry(int id_) : flaCharacter(id_) { drawing.SetId(id_); }
+
+flaTextGeometry::flaTextGeometry(int id_, flaRead& in) : flaCharacter(id_) {
+    drawing.SetId(id_);
+    const int n = in.DataSize();
+    auto body = std::make_unique<flaRead>(n, in.GetBuffer() + in.GetPosition());
+    body->SetScaling(in.GetScaling());
+    body->SetVersion(in.GetVersion());
+    in.SkipBytes(n);
+    reader = std::move(body);
+}
+
+flaTextGeometry::~flaTextGeometry() = default;
+
+void flaTextGeometry::setColor(unsigned char r, unsigned char g, unsigned char b, unsigned char a) {
+    color[0] = r;
+    color[1] = g;
+    color[2] = b;
+    color[3] = a;
+}
+
+void flaTextGeometry::getColor(unsigned char* r, unsigned char* g, unsigned char* b, unsigned char* a) const {
+    if (r) *r = color[0];
+    if (g) *g = color[1];
+    if (b) *b = color[2];
+    if (a) *a = color[3];
+}
+
+void flaTextGeometry::setRecordOffset(const flaPoint& offset, const flaPoint& offsetNative) {
+    recordOffset = offset;
+    recordOffsetNative = offsetNative;
+}
+
+void flaTextGeometry::setKerning(unsigned int index, int value) {
+    if (index >= kerning.size()) kerning.resize(static_cast<std::size_t>(index) + 1, 0);
+    kerning[index] = value;
+}
+
+int flaTextGeometry::getLargestKerning() const {
+    if (kerning.empty()) return 0;
+    const auto [smallest, largest] = std::minmax_element(kerning.begin(), kerning.end());
+    const int negated = *smallest == INT32_MIN ? INT32_MAX : -*smallest;
+    return std::max(*largest, negated);
+}
+
+void flaTextGeometry::SetTransformation(const flaMatrix& m) {
+    transformation = m;
+    hasTransformation = true;
+}
+
+void flaTextGeometry::DumpCharacterInFile(flaDump& dump) const {
+    // A text read from a file refers to fonts of that file, which are never written:
+    // it goes out as its outlines (BuildBloated), a DefineShape3 under its own id.
+    if (reader) {
+        drawing.flaGeometry::DumpCharacterInFile(dump);
+        return;
+    }
+    // The fonts and the frame width: those of the movie being written, or those of
+    // the current movie for a text written on its own.
+    const flaFont* font = nullptr;
+    int frameWidth = dump.GetFrameSizeX();
+    if (const flaFontTable* table = dump.GetFontTable()) {
+        font = table->getFont(fontId);
+    } else if (const flaMovie* movie = flaMovie::pCurrentMovie) {
+        font = movie->getFont(fontId);
+        int height = 0;
+        movie->GetFrameSize(frameWidth, height);
+    }
+    const double s = static_cast<double>(dump.GetFrameSizeX()) * 20.0;
+
+    const int start = dump.GetCurrentPosition();
+    dump.DataU16(static_cast<unsigned short>((11 << 6) | 63));  // DefineText, long form
+    dump.DataU32(0UL);                                           // length, patched below
+    dump.DataU16(static_cast<unsigned short>(id));
+
+    // TextBounds: the width as it is, the height from 0.
+    const std::int32_t rect[4] = {TruncToInt32(bbox.xMin * s), TruncToInt32(bbox.xMax * s), 0,
+                                  TruncToInt32((bbox.yMax - bbox.yMin) * s)};
+    int nbits = 0;
+    for (std::int32_t v : rect) nbits = std::max(nbits, BitsOfMagnitude(v));
+    nbits += 1;
+    WriteField(dump, static_cast<std::uint32_t>(nbits), 5);
+    for (std::int32_t v : rect) WriteField(dump, static_cast<std::uint32_t>(v), nbits);
+    dump.PadLastByte();
+
+    flaMatrix identity;
+    identity.DumpInFile(dump);
+    dump.PadLastByte();
+
+    const unsigned int glyphCount = font ? font->getGlyphCnt() : 0;
+    const float largestAdvance = font ? font->getLargestAdvance(1.0f) : 0.0f;
+    const int glyphBits = flaDump::GetBitNumber(static_cast<int>(std::min<unsigned int>(glyphCount, INT32_MAX)));
+    const std::int32_t largest = AdvanceValue(getLargestKerning(), fontSize, largestAdvance, frameWidth);
+    const int advanceBits = flaDump::GetBitNumber(largest) + 1;
+    dump.DataU8(static_cast<unsigned char>(glyphBits));
+    dump.DataU8(static_cast<unsigned char>(advanceBits));
+
+    // The one text record.
+    const std::int32_t xOffset = TruncToInt32(static_cast<double>(recordOffset.x) * s);
+    const std::int32_t yOffset = TruncToInt32((static_cast<double>(recordOffset.y) + bbox.yMax) * s);
+    dump.Bit(true);  // text record
+    dump.Bit(false);
+    dump.Bit(false);
+    dump.Bit(false);
+    dump.Bit(true);  // has font
+    dump.Bit(true);  // has colour
+    dump.Bit(yOffset != 0);
+    dump.Bit(xOffset != 0);
+    dump.DataU16(static_cast<unsigned short>(fontId));
+    dump.DataU8(color[0]);
+    dump.DataU8(color[1]);
+    dump.DataU8(color[2]);
+    if (xOffset != 0) dump.DataS16(static_cast<short>(xOffset));
+    if (yOffset != 0) dump.DataS16(static_cast<short>(yOffset));
+    dump.DataU16(static_cast<unsigned short>(TruncToInt32(fontSize * 0.5785 * 20.0)));
+    dump.DataU8(static_cast<unsigned char>(text.length()));
+
+    for (std::size_t i = 0; i < text.length(); ++i) {
+        // The first kerning entry is never used: character i takes entry i + 1.
+        const int kern = i + 1 < kerning.size() ? kerning[i + 1] : 0;
+        const unsigned short code = static_cast<unsigned short>(text[i]);
+        float advance = 0.0f;
+        if (!font || !font->getAdvance(code, advance, 1.0f)) continue;  // counted above, but nothing written
+        const int index = font->getGlyphIndex(code);
+        WriteField(dump, static_cast<std::uint32_t>(index), glyphBits);
+        WriteField(dump, static_cast<std::uint32_t>(AdvanceValue(kern, fontSize, advance, frameWidth)), advanceBits);
+    }
+    dump.DataU8(0);  // end of records
+
+    const std::uint32_t length = static_cast<std::uint32_t>(dump.GetCurrentPosition() - start - 6);
+    const unsigned char le[4] = {static_cast<unsigned char>(length & 0xFF), static_cast<unsigned char>((length >> 8) & 0xFF),
+                                 static_cast<unsigned char>((length >> 16) & 0xFF),
+                                 static_cast<unsigned char>((length >> 24) & 0xFF)};
+    dump.FixData(start + 2, reinterpret_cast<const char*>(le), 32, 32, false);
+}
+
+// ---- bloating a text read from a file ----
+
+void flaTextGeometry::DestroyBloated() { drawing.DestroyBloated(); }
+
+void flaTextGeometry::BuildBloated(const flaMovie& movie) {
+    DestroyBloated();
+    if (!reader) return;
+    try {
+        flaRead& in = *reader;
+        in.Seek(0);
+        in.InitBits();
+        const float f = in.GetScaling();
+        SRECT bounds;
+        in.GetRect(&bounds);
+        flaMatrix textMatrix;
+        textMatrix.ReadFromFile(in);
+        const long glyphBits = in.GetByte();
+        const long advanceBits = in.GetByte();
+
+        int fontId_ = -1;
+        unsigned int height = 0;
+        std::size_t pointBudget = kMaxBloatedTextPoints;
+        for (;;) {
+            in.InitBits();
+            if (in.GetBits(1) == 0) break;  // end of records (the other 7 bits are padding)
+            in.GetBits(3);
+            const bool hasFont = in.GetBool();
+            const bool hasColour = in.GetBool();
+            const bool hasY = in.GetBool();
+            const bool hasX = in.GetBool();
+            if (hasFont) fontId_ = in.GetWord();
+            FLIO::flaRGBA colour(0, 0, 0, 255);
+            if (hasColour) colour = in.GetColor(false);
+            const int x = hasX ? in.GetSWord() : 0;
+            const int y = hasY ? in.GetSWord() : 0;
+            if (hasFont) height = in.GetWord();
+            const unsigned int count = in.GetByte();
+            struct Entry {
+                std::uint32_t index;
+                std::int32_t advance;
+            };
+            std::vector<Entry> entries;
+            entries.reserve(count);
+            in.InitBits();
+            for (unsigned int i = 0; i < count; ++i) {
+                const std::uint32_t index = in.GetBits(glyphBits);
+                entries.push_back({index, in.GetSBits(advanceBits)});
+            }
+
+            const float scale = static_cast<float>(height) / static_cast<float>(flaFont::uiSwfEmSize);
+            flaMatrix record(scale, 0.0f, 0.0f, scale, static_cast<float>(x) * f, static_cast<float>(y) * f);
+            const flaFont* font = movie.getBloatedFont(fontId_);
+            if (!font) continue;
+            for (const Entry& e : entries) {
+                if (e.index < font->getGlyphCnt()) {
+                    if (const flaGlyphGeometry* glyph = font->getGlyphByIndex(e.index)) {
+                        // Glyph entries can cost no bits at all, so a tiny body could
+                        // otherwise copy a large outline without end.
+                        pointBudget -= std::min(PointCount(*glyph), pointBudget);
+                        if (pointBudget == 0) throw flaRead::readError("DefineText draws more outline points than allowed");
+                        flaMatrix combined;
+                        combined.Multiply(record, textMatrix);
+                        drawing.copyStrokeData(*glyph, &combined, &colour);
+                    }
+                }
+                record.SetTX(record.GetTX() + static_cast<float>(e.advance) * f);
+            }
+        }
+    } catch (...) {
+        DestroyBloated();
+        throw;
+    }
+}

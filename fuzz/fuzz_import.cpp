@@ -1,5 +1,5 @@
-// Imports the input as an uncompressed SWF file and decodes every shape of the
-// movie. Malformed input may be rejected with the library's exceptions; anything
+// Imports the input as an uncompressed SWF file and decodes every shape, font and
+// text of the movie. Malformed input may be rejected with the library's exceptions; anything
 // else (a crash, a sanitizer report, an exception of another kind) is a finding.
 #include <cstddef>
 #include <cstdint>
@@ -10,6 +10,7 @@
 #include "flio/flaMovie.h"
 #include "flio/flaRead.h"
 #include "flio/flaSprite.h"
+#include "flio/flaText.h"
 
 namespace {
 
@@ -36,7 +37,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             }
         }
     }
-    // Once fonts and static text are imported, rebuild the fonts
-    // (buildBloatedFonts) and decode every text's glyphs here as well.
+    movie.buildBloatedFonts();
+    for (flaCharacter* c : movie.GetCharacterList()) {
+        if (auto* text = dynamic_cast<flaTextGeometry*>(c)) {
+            try {
+                text->BuildBloated(movie);
+            } catch (const flaRead::readError&) {
+            }
+        }
+    }
     return 0;
 }

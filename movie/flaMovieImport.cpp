@@ -147,8 +147,21 @@ void flaMovie::DispatchTag(flaRead& reader, unsigned short code) {
         case 9:
             ParseSetBackgroundColor(reader);
             break;
-        // Fonts and static text (DefineFont 10, DefineText 11, DefineFontInfo 13,
-        // DefineFont2 48, DefineFontInfo2 62) are read by the text subsystem's handlers.
+        case 10:  // DefineFont
+            ParseDefineFont(reader);
+            break;
+        case 11:  // DefineText
+            ParseDefineText(reader);
+            break;
+        case 13:  // DefineFontInfo
+            ParseDefineFontInfo(reader);
+            break;
+        case 48:  // DefineFont2
+            ParseDefineFont2(reader);
+            break;
+        case 62:  // DefineFontInfo2
+            ParseDefineFontInfo2(reader);
+            break;
         case 12:  // DoAction
             GetUnsupported()->AddUnsupportedElement(flaUnsupported::Action);
             break;

@@ -14,14 +14,25 @@ namespace flio_cli {
 namespace {
 
 const char* kInfoHelp =
-    "usage: flio info FILE.swf [--json]\n"
+    "usage: flio info FILE.swf [--model] [--json]\n"
     "\n"
     "Prints the header of an SWF file (signature, version, file length, stage size in pixels,\n"
     "frame rate, frame count) and the number of each tag by its SWF name, tags inside sprites\n"
     "included. Uncompressed (FWS) and zlib-compressed (CWS) files are read.\n"
     "\n"
-    "  --json   print one JSON object with the keys signature, version, fileLength,\n"
-    "           stage {width, height}, frameRate, frameCount, tags {name: count}\n";
+    "  --model  import the file and print what the movie model holds instead: frames, stage,\n"
+    "           frame rate, characters by kind (shapes, sprites, texts), event sounds,\n"
+    "           lossless and JPEG bitmaps, fonts (rebuilt from the font tags), the streamed\n"
+    "           sound, the palette, and the elements the model cannot hold, by name\n"
+    "  --json   print one JSON object; its keys are signature, version, fileLength,\n"
+    "           stage {width, height}, frameRate, frameCount, tags {name: count}; with\n"
+    "           --model: frames, stage {width, height}, frameRate,\n"
+    "           characters {shapes, sprites, texts, other}, sounds,\n"
+    "           bitmaps {lossless, lossless2, jpeg}, fonts, streamedSound (null or\n"
+    "           {format, rate, size, channels, samplesPerBlock}), palette (null or\n"
+    "           {colours, keys}), unsupported [names]\n"
+    "\n"
+    "Exit status: 0 done, 1 the file cannot be read, 2 bad arguments.\n";
 
 struct Header {
     std::string signature;
@@ -55,9 +66,10 @@ int RunInfo(const Args& args) {
         return 0;
     }
     std::string path;
-    bool json = false;
+    bool json = false, model = false;
     for (const std::string& a : args) {
         if (a == "--json") json = true;
+        else if (a == "--model") model = true;
         else if (!a.empty() && a[0] == '-') {
             std::fprintf(stderr, "flio info: unknown option '%s'\n", a.c_str());
             return 2;
@@ -71,6 +83,7 @@ int RunInfo(const Args& args) {
         std::fputs(kInfoHelp, stderr);
         return 2;
     }
+    if (model) return RunInfoModel(path, json);
     std::ifstream in(path, std::ios::binary);
     if (!in) {
         std::fprintf(stderr, "flio info: cannot open %s\n", path.c_str());

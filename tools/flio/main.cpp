@@ -14,6 +14,8 @@ const char* kUsage =
     "commands:\n"
     "  demo OUT.swf [--compress]   write the built-in demo movie\n"
     "  info FILE.swf [--json]      print the header and the tags of an SWF file\n"
+    "  info FILE.swf --model [--json]\n"
+    "                              import the file and print what the movie model holds\n"
     "\n"
     "Run 'flio <command> --help' for the options of a command.\n";
 

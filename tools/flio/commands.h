@@ -12,6 +12,7 @@ int RunInfo(const Args& args);
 // flio info --model: the file imported into a movie, and what the model holds.
 int RunInfoModel(const std::string& path, bool json);
 int RunDemo(const Args& args);
+int RunRoundtrip(const Args& args);
 
 // True when args hold -h or --help.
 bool WantsHelp(const Args& args);

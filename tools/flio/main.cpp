@@ -16,6 +16,8 @@ const char* kUsage =
     "  info FILE.swf [--json]      print the header and the tags of an SWF file\n"
     "  info FILE.swf --model [--json]\n"
     "                              import the file and print what the movie model holds\n"
+    "  roundtrip IN.swf OUT.swf [--compress]\n"
+    "                              import a movie and write it again\n"
     "\n"
     "Run 'flio <command> --help' for the options of a command.\n";
 
@@ -41,6 +43,7 @@ int main(int argc, char** argv) {
     try {
         if (command == "info") return flio_cli::RunInfo(args);
         if (command == "demo") return flio_cli::RunDemo(args);
+        if (command == "roundtrip") return flio_cli::RunRoundtrip(args);
     } catch (const std::exception& e) {
         std::fprintf(stderr, "flio: %s\n", e.what());
         return 1;

@@ -40,45 +40,37 @@ std::string DiagnoseUnreadable(const std::string& path) {
     const std::string s(sig, static_cast<std::size_t>(in.gcount()));
     if (s == "ZWS") return "LZMA-compressed SWF files are not supported";
     if (s != "FWS" && s != "CWS") return "not an SWF file";
-    if (s == "CWS") return "the compressed data is damaged or truncated";
     return "the file is damaged or truncated";
 }
 
 namespace {
 
-// Sends the process's standard output and error to /dev/null while alive.
-class QuietStdio {
-public:
-    QuietStdio() {
-        std::fflush(stdout);
-        std::fflush(stderr);
-        savedOut = dup(1);
-        savedErr = dup(2);
-        if (FILE* null = std::fopen("/dev/null", "w")) {
-            dup2(fileno(null), 1);
-            dup2(fileno(null), 2);
-            std::fclose(null);
-        }
-    }
-    ~QuietStdio() {
-        std::fflush(stdout);
-        std::fflush(stderr);
-        Restore(savedOut, 1);
-        Restore(savedErr, 2);
-    }
-    QuietStdio(const QuietStdio&) = delete;
-    QuietStdio& operator=(const QuietStdio&) = delete;
-
-private:
-    static void Restore(int saved, int fd) {
-        if (saved < 0) return;
-        dup2(saved, fd);
-        close(saved);
-    }
-    int savedOut = -1, savedErr = -1;
-};
+void Restore(int saved, int fd) {
+    if (saved < 0) return;
+    dup2(saved, fd);
+    close(saved);
+}
 
 }  // namespace
+
+QuietStdio::QuietStdio() {
+    std::fflush(stdout);
+    std::fflush(stderr);
+    savedOut = dup(1);
+    savedErr = dup(2);
+    if (FILE* null = std::fopen("/dev/null", "w")) {
+        dup2(fileno(null), 1);
+        dup2(fileno(null), 2);
+        std::fclose(null);
+    }
+}
+
+QuietStdio::~QuietStdio() {
+    std::fflush(stdout);
+    std::fflush(stderr);
+    Restore(savedOut, 1);
+    Restore(savedErr, 2);
+}
 
 bool ImportQuietly(flaMovie& movie, const std::string& path, const char* who, flaMovie::Progress* progress) {
     bool ok;

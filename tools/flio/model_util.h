@@ -20,6 +20,19 @@ CharacterCounts CountCharacters(const flaMovie& movie);
 // "not an SWF file", "LZMA-compressed SWF files are not supported", ...
 std::string DiagnoseUnreadable(const std::string& path);
 
+// Sends the process's standard output and error to /dev/null while alive, so that
+// the library's fixed diagnostic lines stay off the terminal.
+class QuietStdio {
+public:
+    QuietStdio();
+    ~QuietStdio();
+    QuietStdio(const QuietStdio&) = delete;
+    QuietStdio& operator=(const QuietStdio&) = delete;
+
+private:
+    int savedOut = -1, savedErr = -1;
+};
+
 // Imports a file; on failure prints one line "<who>: cannot read <path>: <why>" on
 // standard error and returns false. The library's own diagnostic lines (fixed
 // English lines on standard output and error) are kept off the terminal while the

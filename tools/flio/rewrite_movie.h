@@ -1,0 +1,53 @@
+// Writing an imported movie again: the steps of `flio roundtrip`, shared with the
+// tests that run them in process.
+//
+//   flaMovie movie;
+//   PrepareImportForRewrite(movie);      // before ReadMovieFromFile / ReadMovieFromBuffer
+//   movie.ReadMovieFromFile(...);
+//   RewriteReport r = PrepareForRewrite(movie);
+//   movie.DumpMovieToFile(...);
+#pragma once
+
+#include <set>
+
+#include "flio/flaMovie.h"
+
+class flaCharacter;
+
+namespace flio_cli {
+
+// What PrepareForRewrite did.
+struct RewriteReport {
+    int shapes = 0;             // shapes decoded
+    int texts = 0;              // texts turned into their outlines
+    int undecodedShapes = 0;    // shapes whose records are malformed: written empty
+    int undecodedTexts = 0;     // texts whose records are malformed: written empty
+    int keptSounds = 0;         // event sounds no frame starts, kept by a stop in the first frame
+    int lostSounds = 0;         // such sounds in a movie without frames: not written
+    int keptStreams = 0;        // streamed sounds written again (main timeline and sprites)
+    int droppedStreams = 0;     // streamed sounds in a format the writer cannot announce
+    int unplacedCharacters = 0; // characters no frame places: the writer does not write them
+};
+
+// Switches the static-character pass off, so that shapes and placements keep the
+// coordinates of the file. Call before the import.
+void PrepareImportForRewrite(flaMovie& movie);
+
+// Readies an imported movie for DumpMovieToFile:
+// - decodes every shape (BuildBloated), builds the fonts (buildBloatedFonts) and
+//   the outlines of every text (a text read from a file is written as a shape);
+// - sprite placements get no start actions, so that every sprite plays from its
+//   first frame on its own, as it did in the file;
+// - an event sound that no written frame starts would be lost (a DefineSound is
+//   written only before a start): it gets a start record with the stop flag in
+//   the first frame, which keeps the definition and plays nothing;
+// - a streamed sound in the one format the writer announces (ADPCM, 22 kHz,
+//   16-bit, stereo) is written again; one in another format is dropped.
+// `progress`, when given, is told the fraction of the shapes and texts decoded.
+RewriteReport PrepareForRewrite(flaMovie& movie, flaMovie::Progress* progress = nullptr);
+
+// The characters that the writer writes: those placed in some frame of the movie,
+// and, inside every sprite so placed, those placed in the sprite's frames.
+std::set<const flaCharacter*> PlacedCharacters(const flaMovie& movie);
+
+}  // namespace flio_cli

@@ -1,0 +1,134 @@
+// flio roundtrip: imports a movie and writes it again.
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "commands.h"
+#include "flio/PL_FileSpec.h"
+#include "flio/flaDump.h"
+#include "flio/flaMovie.h"
+#include "model_util.h"
+#include "progress_bar.h"
+#include "rewrite_movie.h"
+
+namespace flio_cli {
+namespace {
+
+const char* kRoundtripHelp =
+    "usage: flio roundtrip IN.swf OUT.swf [--compress]\n"
+    "\n"
+    "Imports IN.swf into the movie model and writes the model again as OUT.swf, so that\n"
+    "OUT.swf shows what IN.swf showed as far as the model holds it:\n"
+    "  - the stage, frame rate, frames and background colour;\n"
+    "  - every shape, decoded and written as a DefineShape3 in the file's own coordinates;\n"
+    "  - every static text as its glyph outlines (a DefineShape3 under the text's id; the\n"
+    "    fonts themselves are not written);\n"
+    "  - sprites (DefineSprite), each playing its own frames as in the file;\n"
+    "  - placements with their matrices, colour transforms and clip depths;\n"
+    "  - lossless and JPEG bitmaps with the JPEG tables;\n"
+    "  - event sounds with their start records. An event sound that no frame starts is\n"
+    "    kept by a start record with the stop flag in the first frame: its definition is\n"
+    "    written only before a start, and a stop of a sound that is not playing plays\n"
+    "    nothing;\n"
+    "  - the streamed sound when it is ADPCM, 22 kHz, 16-bit, stereo (the one format the\n"
+    "    writer announces); in any other format it is left out, with a note.\n"
+    "Not written: what the model does not hold (buttons, morph shapes, actions, edit\n"
+    "texts: 'flio info IN.swf --model' lists them), the filters and blend modes of\n"
+    "placements, instance names, sound stop records, and characters that no frame places.\n"
+    "Notes about what was left out go to standard error; a progress bar is drawn there\n"
+    "for files that take more than a moment.\n"
+    "\n"
+    "  --compress   write a zlib-compressed (CWS) file when that is smaller\n"
+    "\n"
+    "Exit status: 0 written, 1 IN.swf cannot be read or OUT.swf cannot be written,\n"
+    "2 bad arguments.\n";
+
+void Note(bool cond, const std::string& what) {
+    if (cond) std::fprintf(stderr, "flio roundtrip: note: %s\n", what.c_str());
+}
+
+}  // namespace
+
+int RunRoundtrip(const Args& args) {
+    if (WantsHelp(args)) {
+        std::fputs(kRoundtripHelp, stdout);
+        return 0;
+    }
+    std::vector<std::string> paths;
+    bool compress = false;
+    for (const std::string& a : args) {
+        if (a == "--compress") {
+            compress = true;
+        } else if (!a.empty() && a[0] == '-') {
+            std::fprintf(stderr, "flio roundtrip: unknown option '%s'\n", a.c_str());
+            return 2;
+        } else {
+            paths.push_back(a);
+        }
+    }
+    if (paths.size() != 2) {
+        if (!paths.empty()) std::fprintf(stderr, "flio roundtrip: give one input and one output file\n");
+        std::fputs(kRoundtripHelp, stderr);
+        return 2;
+    }
+    const std::string& in = paths[0];
+    const std::string& out = paths[1];
+
+    ProgressBar bar;
+    flaMovie movie;
+    PrepareImportForRewrite(movie);
+    bar.SetPhase("importing", 0.0f, 0.5f);
+    if (!ImportQuietly(movie, in, "flio roundtrip", &bar)) {
+        bar.Finish();
+        return 1;
+    }
+    bar.SetPhase("decoding ", 0.5f, 0.9f);
+    RewriteReport report;
+    {
+        QuietStdio quiet;
+        report = PrepareForRewrite(movie, &bar);
+    }
+    bar.SetPhase("writing  ", 0.9f, 1.0f);
+    int width = 0, height = 0;
+    movie.GetFrameSize(width, height);
+    flaDump dump(width, nullptr);
+    bool written;
+    {
+        QuietStdio quiet;
+        written = movie.DumpMovieToFile(PL_FileSpec(out.c_str()), dump, compress);
+    }
+    bar.Finish();
+    if (!written) {
+        std::fprintf(stderr, "flio roundtrip: cannot write %s\n", out.c_str());
+        return 1;
+    }
+
+    std::vector<std::string> unsupported;
+    for (auto it = movie.GetUnsupported()->GetUnsupportedElementBegin();
+         it != movie.GetUnsupported()->GetUnsupportedElementEnd(); ++it)
+        if (*it != flaUnsupported::LosslessBitmap)  // reported by the import, yet held and written
+            unsupported.push_back(flaUnsupported::GetElementName(*it));
+    std::string names;
+    for (std::size_t i = 0; i < unsupported.size(); ++i) names += (i ? ", " : "") + unsupported[i];
+    Note(!unsupported.empty(), "not held by the model, not written: " + names);
+    Note(report.undecodedShapes > 0,
+         std::to_string(report.undecodedShapes) + " shape(s) with malformed records written empty");
+    Note(report.undecodedTexts > 0,
+         std::to_string(report.undecodedTexts) + " text(s) with malformed records written empty");
+    Note(report.unplacedCharacters > 0,
+         std::to_string(report.unplacedCharacters) + " character(s) that no frame places not written");
+    Note(report.droppedStreams > 0, std::to_string(report.droppedStreams) +
+                                        " streamed sound(s) not written: only ADPCM, 22 kHz, 16-bit, stereo is");
+    Note(report.lostSounds > 0, std::to_string(report.lostSounds) + " sound(s) not written: the movie has no frame");
+
+    std::printf("flio roundtrip: wrote %s (%llu frames, %d shapes, %d texts as outlines, %zu bitmaps, %zu sounds, "
+                "%zu bytes before compression)\n",
+                out.c_str(), movie.GetFrameCount(), report.shapes + report.undecodedShapes,
+                report.texts + report.undecodedTexts,
+                movie.GetBitsLosslessList().size() + movie.GetBitsLossless2List().size() +
+                    movie.GetJPEGContainer().size(),
+                movie.GetSoundList().size() - static_cast<std::size_t>(report.lostSounds), dump.GetSize());
+    return 0;
+}
+
+}  // namespace flio_cli

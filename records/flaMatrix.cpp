@@ -73,7 +73,7 @@ bool flaMatrix::ReadFromFile(flaRead& reader) {
     B = static_cast<float>(m.rotateSkew0 * 1.52587890625e-5);
     C = static_cast<float>(m.rotateSkew1 * 1.52587890625e-5);
     D = static_cast<float>(m.scaleY * 1.52587890625e-5);
-    TX = static_cast<float>(m.translateX) * reader.GetScaling();
-    TY = static_cast<float>(m.translateY) * reader.GetScaling();
+    TX = flio_detail::TwipsToModel(m.translateX, reader.GetScaling());
+    TY = flio_detail::TwipsToModel(m.translateY, reader.GetScaling());
     return true;
 }

@@ -2,7 +2,10 @@
 // the same vectors), colour ordering, point geometry, matrix and transform algebra.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <cstdlib>
 
 #include "flio/flaColorXForm.h"
 #include "flio/flaDump.h"
@@ -70,6 +73,39 @@ TEST(flaMatrix, TranslationUsesTheFrameWidth) {
     r.GetMatrix(&raw);
     EXPECT_EQ(raw.translateX, 5500);
     EXPECT_EQ(raw.translateY, 2750);
+}
+
+// A translation read from a file is written back as the same twips: the import
+// factor 1 / (width x 20) is a float, and without care the product of the twips and
+// that factor lands just short of the quotient, so that the writer's truncation
+// gives one twip less on every import and write.
+TEST(flaMatrix, TranslationTwipsSurviveReadAndWrite) {
+    const int widths[] = {1, 3, 100, 500, 550, 640, 800, 1000, 1024, 12345};
+    for (int width : widths) {
+        int lost = 0;
+        for (std::int32_t t = -40000; t <= 40000; t += 37) {
+            const std::int32_t ty = 28000 - t;  // a second, independent value per record
+            flaDump raw(width, nullptr);
+            raw.Bit(false);
+            raw.Bit(false);
+            const int nbits = flaDump::GetBitNumber(std::max(std::abs(t), std::abs(ty))) + 1;
+            raw.Bits(static_cast<std::uint32_t>(nbits), 5);
+            raw.Bits(static_cast<std::uint32_t>(t), nbits);
+            raw.Bits(static_cast<std::uint32_t>(ty), nbits);
+            raw.PadLastByte();
+            const Bytes bytes = Flushed(raw);
+
+            flaRead r(static_cast<int>(bytes.size()), bytes.data());
+            r.SetScreenSizeX(static_cast<float>(width));
+            flaMatrix m;
+            m.ReadFromFile(r);
+            // Still the format's factor, to within a few units in the last place.
+            const float product = static_cast<float>(t) * r.GetScaling();
+            EXPECT_NEAR(m.GetTX(), product, std::fabs(product) * 1e-6f) << width << " " << t;
+            if (ToHex(Written(WriteMatrix, &m, width)) != ToHex(bytes)) ++lost;
+        }
+        EXPECT_EQ(lost, 0) << "frame width " << width;
+    }
 }
 
 TEST(flaMatrix, AlgebraAndBitwiseEquality) {

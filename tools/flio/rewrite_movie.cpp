@@ -109,6 +109,18 @@ RewriteReport PrepareForRewrite(flaMovie& movie, flaMovie::Progress* progress) {
         }
     }
 
+    // A SetBackgroundColor tag sets the colour of the frame it is read in; the frames
+    // after it keep that colour until the next one. The writer compares each frame's
+    // colour with the one before, so every frame must carry it.
+    const flaFrame* previous = nullptr;
+    ForEachFrame(movie, [&previous](flaFrame& frame) {
+        if (!frame.IsBackGroundColorValid() && previous && previous->IsBackGroundColorValid()) {
+            const FLIO::flaRGBA& c = previous->GetBackGroundColor();
+            frame.SetBackGroundColor(c.r, c.g, c.b, c.a);
+        }
+        previous = &frame;
+    });
+
     flaFrame* first = movie.GetFrame(0);
     for (const flaSound* sound : movie.GetSoundList()) {
         if (started.count(sound->GetSoundID())) continue;

@@ -36,6 +36,8 @@ void PrepareImportForRewrite(flaMovie& movie);
 // Readies an imported movie for DumpMovieToFile:
 // - decodes every shape (BuildBloated), builds the fonts (buildBloatedFonts) and
 //   the outlines of every text (a text read from a file is written as a shape);
+// - a background colour stays set in the frames after the one that set it, as in
+//   a player (the import gives it to that one frame only);
 // - sprite placements get no start actions, so that every sprite plays from its
 //   first frame on its own, as it did in the file;
 // - an event sound that no written frame starts would be lost (a DefineSound is

@@ -151,8 +151,27 @@ void flaRead::InitNewBitSet() {
 std::uint32_t flaRead::GetBits(long n) {
     if (n <= 0) return 0;
     if (n > 32) throw readError("bit field wider than 32 bits" + Where(position, limit));
-    std::uint32_t result = 0;
     std::uint32_t wanted = static_cast<std::uint32_t>(n);
+    if (wanted <= bitsLeft) {  // within the current byte
+        bitsLeft -= wanted;
+        const std::uint32_t result = bitBuffer >> bitsLeft;
+        bitBuffer &= (1u << bitsLeft) - 1u;
+        return result;
+    }
+    // The usual case in shape records: the whole bytes the field reaches are there,
+    // so they are taken at once (at most five bytes: up to 39 bits with the seven
+    // left of the current byte).
+    const std::uint32_t bytes = (wanted - bitsLeft + 7) / 8;
+    if (position <= limit && limit - position >= bytes) {
+        std::uint64_t acc = bitBuffer & ((1u << bitsLeft) - 1u);  // InitBits leaves stale bits
+        for (std::uint32_t i = 0; i < bytes; ++i) acc = (acc << 8) | buffer[position++];
+        bitsLeft = bitsLeft + 8 * bytes - wanted;
+        const auto result = static_cast<std::uint32_t>(acc >> bitsLeft);
+        bitBuffer = static_cast<std::uint32_t>(acc) & ((1u << bitsLeft) - 1u);
+        return result;
+    }
+    // Near the end of the data: byte by byte, so that the error names the field.
+    std::uint32_t result = 0;
     while (wanted > bitsLeft) {
         wanted -= bitsLeft;
         if (bitsLeft) result |= bitBuffer << wanted;  // bitBuffer holds only its unconsumed low bits

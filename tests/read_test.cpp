@@ -35,6 +35,23 @@ TEST(flaRead, BitReaderAndSignExtension) {
     EXPECT_EQ(r.GetPosition(), 7u);
 }
 
+// Fields that reach over several bytes are taken whole when the bytes are there,
+// and byte by byte at the end of the data: both give the same bits.
+TEST(flaRead, WideFieldsAfterInitBitsAndAtTheEnd) {
+    const Bytes b = Hex("FF 80 00 00 01 C3");
+    flaRead r = Over(b);
+    EXPECT_EQ(r.GetBits(3), 7u);
+    r.InitBits();  // the five bits left of 0xFF are dropped
+    EXPECT_EQ(r.GetBits(32), 0x80000001u);
+    EXPECT_EQ(r.GetBits(2), 3u);
+    EXPECT_EQ(r.GetSBits(6), 3);                          // 000011: the last bits of the data
+    EXPECT_THROW(r.GetBits(1), flaRead::readError);
+    flaRead tail = Over(b);
+    tail.GetBits(12);
+    EXPECT_EQ(tail.GetBits(28), 1u);                      // up to the last byte
+    EXPECT_THROW(tail.GetBits(9), flaRead::readError);    // one bit more than is left
+}
+
 TEST(flaRead, ByteReadsDiscardPendingBits) {
     const Bytes b = Hex("FF 34 12 80 FF 00 00 FF FF 0A 0B 0C 0D 0E 0F 10");
     flaRead r = Over(b);

@@ -66,8 +66,9 @@ TEST(SwfCheck, DemoMovieDecodesAsBuilt) {
     SKIP_WITHOUT_SWFCHECK();
     for (const bool compress : {false, true}) {
         SCOPED_TRACE(compress ? "compressed" : "uncompressed");
+        flio_demo::DemoHostData host;
         flaMovie movie(flio_demo::kStageWidth, flio_demo::kStageHeight);
-        flio_demo::BuildDemoMovie(movie);
+        flio_demo::BuildDemoMovie(movie, host);
         const Json decoded = ParsedMovie(WriteMovie(movie, compress ? "demo_cws" : "demo_fws", compress));
         ExpectMovieMatches(movie, decoded);
         // The demo's own promises: its length, its media and both sound starts.

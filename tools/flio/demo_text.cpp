@@ -141,10 +141,11 @@ flaFont& MakeFace(flaMovie& movie, bool bold, DemoHostData& owned) {
     return font;
 }
 
-// One line of text in the font, its top-left corner at (x, y) pixels: the
-// bounding box spans the face's ascent and descent, and the record sits on the
-// baseline, kAscent below the top. Kerning entry i + 1 moves the characters after
-// character i.
+// One line of text in the font with its top-left corner at the text's origin. The
+// bounding box runs from y = 0 down by the face's ascent plus descent (the text's
+// bounds are written from y = 0 in any case); the writer puts the baseline at the
+// record offset plus the box's bottom, so an offset of minus the descent puts it
+// kAscent below the top. Kerning entry i + 1 moves the characters after character i.
 flaTextGeometry* MakeText(flaMovie& movie, const flaFont& font, const std::string& text, unsigned int fontSize,
                           FLIO::flaRGBA colour) {
     auto* t = new flaTextGeometry(movie.GetNewCharacterId());

@@ -285,6 +285,16 @@ void flaRead::ReadRestOfTagData(void* dst) {
     position = tagEnd;
 }
 
+std::unique_ptr<flaRead> flaRead::CopyRestOfTag() {
+    ResetBits();
+    const int n = DataSize();
+    auto copy = std::make_unique<flaRead>(n, buffer + position);
+    copy->SetScaling(scaling);
+    copy->SetVersion(version);
+    SkipBytes(n);
+    return copy;
+}
+
 FLIO::flaRGBA flaRead::GetColor(bool withAlpha) {
     ResetBits();
     Need(withAlpha ? 4 : 3, "a colour");

@@ -37,5 +37,5 @@ if [ -d tests/data/fuzz ]; then cp -n tests/data/fuzz/* build-fuzz/corpus/ 2>/de
 
 ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
   ./build-fuzz/fuzz/fuzz_import build-fuzz/corpus \
-    -max_total_time="$seconds" -max_len=65536 -rss_limit_mb=2048 -timeout=10 \
+    -max_total_time="$seconds" -max_len=65536 -rss_limit_mb=6144 -timeout=10 \
     -artifact_prefix=fuzz/artifacts/ -print_final_stats=1

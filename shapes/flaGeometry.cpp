@@ -11,12 +11,7 @@ flaGeometry::flaGeometry(int id) : flaCharacterBase(id), version(flaShape::InMem
 
 flaGeometry::flaGeometry(int id, flaRead& outer, bool alpha, flaShape::ShapeVersion v)
     : flaCharacterBase(id), version(v), withAlpha(alpha) {
-    const int n = outer.DataSize();
-    auto own = std::make_unique<flaRead>(n, outer.GetBuffer() + outer.GetPosition());
-    own->SetScaling(outer.GetScaling());
-    own->SetVersion(outer.GetVersion());
-    outer.SkipBytes(n);
-    reader = own.release();
+    reader = outer.CopyRestOfTag().release();
 }
 
 flaGeometry::~flaGeometry() {

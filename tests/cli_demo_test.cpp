@@ -31,8 +31,9 @@ std::string Demo(const std::string& args) { return std::string("'") + FLIO_CLI_P
 
 // The file image of the demo built in this process.
 std::vector<unsigned char> InProcessImage(bool compress) {
+    flio_demo::DemoHostData host;
     flaMovie movie(flio_demo::kStageWidth, flio_demo::kStageHeight);
-    flio_demo::BuildDemoMovie(movie);
+    flio_demo::BuildDemoMovie(movie, host);
     flaDump dump(flio_demo::kStageWidth, nullptr);
     // DumpMovieToFile is the only public writer; go through a file.
     const std::string path = testing::TempDir() + (compress ? "flio_demo_inproc_c.swf" : "flio_demo_inproc.swf");

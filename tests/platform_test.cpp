@@ -43,13 +43,13 @@ TEST(PL_FileSpec, ValidityAndFiles) {
     EXPECT_TRUE(PL_FileSpec(dir.c_str()).IsValid());
     EXPECT_FALSE(PL_FileSpec(dir.c_str()).IsFile());
     const std::string path = dir + "flio_filespec_test.bin";
-    const PL_FileSpec spec(path.c_str());
-    std::FILE* f = spec.get_fs("wb");
+    const PL_FileSpec file(path.c_str());
+    std::FILE* f = file.get_fs("wb");
     ASSERT_NE(f, nullptr);
     std::fclose(f);
-    EXPECT_TRUE(spec.IsFile());
+    EXPECT_TRUE(file.IsFile());
     std::remove(path.c_str());
-    EXPECT_FALSE(spec.IsFile());
+    EXPECT_FALSE(file.IsFile());
     EXPECT_EQ(PL_FileSpec("/no/such/dir/x").get_fs("rb"), nullptr);
 }
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -63,8 +64,37 @@ inline std::map<int, const Json*> DecodedShapes(const Json& movieJson) {
     return shapes;
 }
 
-inline std::vector<std::string> DecodedShapeEdges(const Json& defineShape) {
+// Replays shape records into edges in twips; styles(left, right, line) describes
+// an edge's style indices, newStyles takes a new-styles block.
+inline std::vector<std::string> DecodedEdges(const Json& records,
+                                             const std::function<std::string(long, long, long)>& styles,
+                                             const std::function<void(const Json&)>& newStyles) {
     std::vector<std::string> edges;
+    long left = 0, right = 0, line = 0;
+    TwipPos pen;
+    for (const Json& r : records.items) {
+        if (r["type"].Int() == 1) {  // style change
+            if (r.Has("newStyles")) newStyles(r["newStyles"]);
+            if (r.Has("moveTo")) pen = TwipPos{r["moveTo"]["x"].Int(), r["moveTo"]["y"].Int()};
+            if (r.Has("leftFill")) left = r["leftFill"].Int();
+            if (r.Has("rightFill")) right = r["rightFill"].Int();
+            if (r.Has("lineStyle")) line = r["lineStyle"].Int();
+            continue;
+        }
+        const std::string text = styles(left, right, line);
+        const TwipPos to{pen.x + r["delta"]["x"].Int(), pen.y + r["delta"]["y"].Int()};
+        if (r.Has("controlDelta")) {
+            const TwipPos c{pen.x + r["controlDelta"]["x"].Int(), pen.y + r["controlDelta"]["y"].Int()};
+            edges.push_back("Q " + pen.Text() + " " + c.Text() + " " + to.Text() + text);
+        } else {
+            edges.push_back("L " + pen.Text() + " " + to.Text() + text);
+        }
+        pen = to;
+    }
+    return edges;
+}
+
+inline std::vector<std::string> DecodedShapeEdges(const Json& defineShape) {
     const Json& shape = defineShape["shape"];
     std::vector<std::string> fills, lines;
     auto loadStyles = [&](const Json& styles) {
@@ -74,39 +104,84 @@ inline std::vector<std::string> DecodedShapeEdges(const Json& defineShape) {
         for (const Json& l : styles["line"].items) lines.push_back(DecodedLine(l));
     };
     loadStyles(shape["initialStyles"]);
-    long left = 0, right = 0, line = 0;
-    TwipPos pen;
     auto style = [&](const std::vector<std::string>& list, long i) {
         return i <= 0 ? std::string("-") : i <= static_cast<long>(list.size()) ? list[static_cast<std::size_t>(i - 1)]
                                                                                 : "bad index";
     };
-    for (const Json& r : shape["records"].items) {
-        if (r["type"].Int() == 1) {  // style change
-            if (r.Has("newStyles")) loadStyles(r["newStyles"]);
-            if (r.Has("moveTo")) pen = TwipPos{r["moveTo"]["x"].Int(), r["moveTo"]["y"].Int()};
-            if (r.Has("leftFill")) left = r["leftFill"].Int();
-            if (r.Has("rightFill")) right = r["rightFill"].Int();
-            if (r.Has("lineStyle")) line = r["lineStyle"].Int();
-            continue;
-        }
-        const std::string styles =
-            " | " + style(fills, left) + " | " + style(fills, right) + " | " + style(lines, line);
-        const TwipPos to{pen.x + r["delta"]["x"].Int(), pen.y + r["delta"]["y"].Int()};
-        if (r.Has("controlDelta")) {
-            const TwipPos c{pen.x + r["controlDelta"]["x"].Int(), pen.y + r["controlDelta"]["y"].Int()};
-            edges.push_back("Q " + pen.Text() + " " + c.Text() + " " + to.Text() + styles);
-        } else {
-            edges.push_back("L " + pen.Text() + " " + to.Text() + styles);
-        }
-        pen = to;
-    }
-    return edges;
+    return DecodedEdges(
+        shape["records"],
+        [&](long left, long right, long line) {
+            return " | " + style(fills, left) + " | " + style(fills, right) + " | " + style(lines, line);
+        },
+        loadStyles);
 }
 
 inline std::string DecodedShapeBounds(const Json& defineShape) {
     const Json& b = defineShape["bounds"];
     return std::to_string(b["xMin"].Int()) + " " + std::to_string(b["xMax"].Int()) + " " +
            std::to_string(b["yMin"].Int()) + " " + std::to_string(b["yMax"].Int());
+}
+
+// A FILTER record as the parser decodes it, in ModelFilter's form.
+inline std::string DecodedFilter(const Json& f) {
+    auto eps = [&f](const char* key) { return std::to_string(f[key]["epsilons"].Int()); };
+    auto flags = [&f](FilterText& t) { t.Flags(f["inner"].boolean, f["knockout"].boolean, f["passes"].Int()); };
+    auto numbers = [](const Json& list) {
+        std::vector<std::string> values;
+        for (const Json& v : list.items) values.push_back(FloatText(v.number));
+        return Join(values, ",");
+    };
+    FilterText t;
+    const long type = f["filter"].Int();
+    switch (type) {
+        case 0:  // drop shadow
+        case 2:  // glow
+            t.Add("colour", DecodedRgba(f["color"]));
+            t.Add("blur", eps("blurX") + "," + eps("blurY"));
+            if (type == 0) {
+                t.Add("angle", eps("angle"));
+                t.Add("distance", eps("distance"));
+            }
+            t.Add("strength", eps("strength"));
+            flags(t);
+            break;
+        case 1:  // blur
+            t.Add("blur", eps("blurX") + "," + eps("blurY"));
+            t.Add("passes", std::to_string(f["passes"].Int()));
+            break;
+        case 3:  // bevel
+        case 4:  // gradient glow
+        case 7:  // gradient bevel
+            if (type == 3) {
+                t.Add("shadow", DecodedRgba(f["shadowColor"]));
+                t.Add("highlight", DecodedRgba(f["highlightColor"]));
+            } else {
+                std::vector<std::string> stops;
+                for (const Json& s : f["gradient"].items)
+                    stops.push_back(std::to_string(s["ratio"].Int()) + ":" + DecodedRgba(s["color"]));
+                t.Add("gradient", Join(stops, ";"));
+            }
+            t.Add("blur", eps("blurX") + "," + eps("blurY"));
+            t.Add("angle", eps("angle"));
+            t.Add("distance", eps("distance"));
+            t.Add("strength", eps("strength"));
+            t.Add("ontop", std::to_string(f["onTop"].boolean));
+            flags(t);
+            break;
+        case 5:  // convolution
+            t.Add("size", std::to_string(f["matrixWidth"].Int()) + "x" + std::to_string(f["matrixHeight"].Int()));
+            t.Add("divisor", FloatText(f["divisor"].number));
+            t.Add("bias", FloatText(f["bias"].number));
+            t.Add("matrix", numbers(f["matrix"]));
+            t.Add("default", DecodedRgba(f["defaultColor"]));
+            t.Add("clamp", std::to_string(f["clamp"].boolean));
+            t.Add("alpha", std::to_string(f["preserveAlpha"].boolean));
+            break;
+        case 6:  // colour matrix
+            t.Add("matrix", numbers(f["matrix"]));
+            break;
+    }
+    return t.Text(type);
 }
 
 // Replays the placement tags into a display list and describes it at each ShowFrame.
@@ -136,9 +211,9 @@ inline std::vector<std::string> DecodedFrames(const Json& movieJson) {
             // The parser numbers blend modes from 0 (normal); the file's byte is one more.
             if (t.Has("blendMode")) e.blend = " blend=" + std::to_string(t["blendMode"].Int() + 1);
             if (t.Has("filters")) {
-                std::vector<std::string> types;
-                for (const Json& f : t["filters"].items) types.push_back(std::to_string(f["filter"].Int()));
-                e.filters = " filters=" + Join(types, ",");
+                std::vector<std::string> filters;
+                for (const Json& f : t["filters"].items) filters.push_back(DecodedFilter(f));
+                e.filters = " filters=" + Join(filters, ",");
             }
         }
         if (type == swfjson::ShowFrame) {

@@ -1,17 +1,21 @@
 // Independent checks: movies written by the library are decoded by a third-party
 // SWF parser (swfcheck --full), and what it decodes is compared with what the
 // movie held: shape bounds, edges and styles, every frame's display list
-// (depth, character id, matrix, colour transform, blend mode, filters), bitmaps,
-// sounds and sound starts. Skipped when node or the tool is missing.
+// (depth, character id, matrix, colour transform, blend mode, filters with their
+// fields), bitmaps, sounds and sound starts, fonts with their glyph outlines and
+// codes, and static texts. Skipped when node or the tool is missing.
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
 #include "flio/flaFilter.h"
 #include "flio/flaSound.h"
 #include "flio/flaStyle.h"
+#include "swfcheck_text.h"
 #include "swfcheck_util.h"
 #ifdef FLIO_HAVE_DEMO
 #include "demo_movie.h"
@@ -59,21 +63,83 @@ void ExpectMovieMatches(const flaMovie& movie, const Json& decoded) {
     EXPECT_EQ(ModelBitmaps(movie), DecodedBitmaps(decoded));
     EXPECT_EQ(ModelSounds(movie), DecodedSounds(decoded));
     EXPECT_EQ(ModelSoundStarts(movie), DecodedSoundStarts(decoded));
+    EXPECT_EQ(ModelFonts(movie), DecodedFonts(decoded));
+    EXPECT_EQ(ModelGlyphEdges(movie), DecodedGlyphEdges(decoded));
+    EXPECT_EQ(ModelTexts(movie), DecodedTexts(decoded));
 }
 
 #ifdef FLIO_HAVE_DEMO
+// The display-list entry at `depth` in a frame description of DecodedFrames.
+std::string EntryAt(const std::string& frame, int depth) {
+    const std::string key = std::to_string(depth) + ":";
+    std::size_t at = frame.rfind("; " + key) != std::string::npos ? frame.rfind("; " + key) + 2 : 0;
+    if (frame.compare(at, key.size(), key) != 0) return "";
+    return frame.substr(at, frame.find("; ", at) - at);
+}
+
+// What the demo promises beyond matching its model: all eight filters, the blend
+// mode that changes, two faces of one font, and kerned text that lands on stage in
+// the text band.
+void ExpectDemoPromises(const Json& decoded) {
+    using namespace flio_demo;
+    const std::vector<std::string> frames = DecodedFrames(decoded);
+    ASSERT_EQ(frames.size(), static_cast<std::size_t>(kFrameCount));
+    for (int type = 0; type < 8; ++type)
+        EXPECT_NE(EntryAt(frames[0], kDepthFirstFilter + type).find(" filters=" + std::to_string(type) + "("),
+                  std::string::npos) << "filter type " << type;
+    EXPECT_NE(EntryAt(frames[kBlendChangeFrame - 1], kDepthBlendChanging).find(" blend=7"), std::string::npos);
+    EXPECT_NE(EntryAt(frames[kBlendChangeFrame], kDepthBlendChanging).find(" blend=8"), std::string::npos);
+
+    const std::map<long, const Json*> fonts = DecodedFontTags(decoded);
+    ASSERT_EQ(fonts.size(), 2u);
+    const Json& regular = *fonts.begin()->second;
+    const Json& bold = *fonts.rbegin()->second;
+    EXPECT_EQ(regular["fontName"].text, bold["fontName"].text);
+    EXPECT_FALSE(regular["isBold"].boolean);
+    EXPECT_TRUE(bold["isBold"].boolean);
+
+    int texts = 0;
+    for (const Json& t : decoded["tags"].items) {
+        if (t["type"].Int() != swfjson::DefineText) continue;
+        ++texts;
+        SCOPED_TRACE("text " + std::to_string(t["id"].Int()));
+        // Kerning reached the file: some glyph is written with two different advances.
+        std::map<long, std::set<long>> advances;
+        for (const Json& e : t["records"][0]["entries"].items) advances[e["index"].Int()].insert(e["advance"].Int());
+        EXPECT_TRUE(std::any_of(advances.begin(), advances.end(), [](const auto& a) { return a.second.size() > 1; }));
+        // Placed inside the band and on stage.
+        const Json* place = nullptr;
+        for (const Json& p : decoded["tags"].items)
+            if (!place && p["type"].Int() == swfjson::PlaceObject && p["characterId"].Int() == t["id"].Int()) place = &p;
+        ASSERT_NE(place, nullptr);
+        const long x = (*place)["matrix"]["translateX"].Int(), y = (*place)["matrix"]["translateY"].Int();
+        const Json& b = t["bounds"];
+        EXPECT_GE(x + b["xMin"].Int(), 0);
+        EXPECT_LE(x + b["xMax"].Int(), kStageWidth * 20);
+        EXPECT_GE(y + b["yMin"].Int(), 465 * 20);
+        EXPECT_LE(y + b["yMax"].Int(), 520 * 20);
+        // The baseline lies inside the bounds, with a capital's height above it.
+        const long baseline = b["yMin"].Int() + t["records"][0]["offsetY"].Int();
+        EXPECT_GT(baseline - t["records"][0]["fontSize"].Int() * 700 / 1024, b["yMin"].Int());
+        EXPECT_LE(baseline, b["yMax"].Int());
+    }
+    EXPECT_EQ(texts, 2);
+}
+
 TEST(SwfCheck, DemoMovieDecodesAsBuilt) {
     SKIP_WITHOUT_SWFCHECK();
     for (const bool compress : {false, true}) {
         SCOPED_TRACE(compress ? "compressed" : "uncompressed");
+        flio_demo::DemoHostData host;
         flaMovie movie(flio_demo::kStageWidth, flio_demo::kStageHeight);
-        flio_demo::BuildDemoMovie(movie);
+        flio_demo::BuildDemoMovie(movie, host);
         const Json decoded = ParsedMovie(WriteMovie(movie, compress ? "demo_cws" : "demo_fws", compress));
         ExpectMovieMatches(movie, decoded);
         // The demo's own promises: its length, its media and both sound starts.
         EXPECT_GE(movie.GetFrameCount(), 48u);
         EXPECT_EQ(DecodedBitmaps(decoded).size(), 3u);
         EXPECT_EQ(DecodedSoundStarts(decoded).size(), 2u);
+        ExpectDemoPromises(decoded);
     }
 }
 #endif
@@ -254,6 +320,72 @@ TEST(SwfCheck, TimelineDecodesFrameByFrame) {
     ExpectMovieMatches(movie, decoded);
     EXPECT_EQ(DecodedFrames(decoded).size(), 7u);
 }
+
+// ---- fonts and text ---------------------------------------------------------------
+
+struct TextCase {
+    const char* name;
+    int stageWidth;
+    bool bold, italic;
+    unsigned int size;
+    flaPoint offset;
+    std::vector<int> kerning;
+    const char* text;
+};
+
+const TextCase kTextCases[] = {
+    {"italic_offset_kerning", 400, false, true, 30, flaPoint(0.02f, 0.01f), {9, 4, -6, 0, 12}, "ABBA"},
+    {"bold_italic_large_without_kerning", 800, true, true, 150, flaPoint(0, 0), {}, "BA B"},
+    {"negative_offset_small_size", 200, false, false, 12, flaPoint(-0.01f, -0.02f), {0, -3}, "AAB"},
+};
+
+void PrintTo(const TextCase& c, std::ostream* os) { *os << c.name; }
+
+class SwfCheckText : public testing::TestWithParam<TextCase> {};
+
+// A face of two outlined letters and an empty space, and one text in it.
+TEST_P(SwfCheckText, FontAndTextDecodeAsHeld) {
+    SKIP_WITHOUT_SWFCHECK();
+    const TextCase& c = GetParam();
+    flaMovie movie(c.stageWidth, c.stageWidth * 3 / 4);
+    movie.CreateFrames(1);
+    const float em = 1.0f / static_cast<float>(c.stageWidth * 20);  // one glyph unit in model units
+    std::vector<std::unique_ptr<flaGlyphGeometry>> glyphs;
+    flaFont& font = movie.getFont(fontInfo("Case Face", c.bold, c.italic));
+    const std::vector<std::vector<flaPoint>> outlines = {{{0, 0}, {300, -700}, {600, 0}, {0, 0}},
+                                                         {{0, -700}, {500, -700}, {500, 0}, {0, 0}, {0, -700}}, {}};
+    const char codes[] = "AB ";
+    for (std::size_t g = 0; g < outlines.size(); ++g) {
+        glyphs.push_back(std::make_unique<flaGlyphGeometry>());
+        if (!outlines[g].empty()) {
+            flaSubGeometry* sub = glyphs.back()->AddChildGeometry();
+            auto* path = new flaStroke;
+            for (const flaPoint& p : outlines[g]) path->AddPoint(p.x * em, p.y * em);
+            sub->AddStroke(path, new flaStyle(flaStyle::Straight, nullptr, sub->CreateSolidColour(kBlack, 0), nullptr));
+        }
+        font.addCode(static_cast<unsigned short>(codes[g]), glyphs.back().get(), 0.02f * static_cast<float>(g + 2));
+    }
+    auto* text = new flaTextGeometry(movie.GetNewCharacterId());
+    text->setText(UT_String(c.text));
+    text->setFontId(font.getId());
+    text->setFontSize(c.size);
+    text->setColor(20, 140, 90, 255);
+    text->setRecordOffset(c.offset, c.offset);
+    for (std::size_t i = 0; i < c.kerning.size(); ++i) text->setKerning(static_cast<unsigned int>(i), c.kerning[i]);
+    text->UpdateBBox(0, 0);
+    text->UpdateBBox(0.5f, 0.1f);
+    movie.AddNewCharacter(text);
+    movie.GetFrame(0)->PlaceNewCharacterInFrame(flaCharacterInfo(text, 3, flaMatrix(1, 0, 0, 1, 0.1f, 0.2f), -1));
+
+    const Json decoded = ParsedMovie(WriteMovie(movie, std::string("text_") + c.name));
+    ExpectMovieMatches(movie, decoded);
+    ASSERT_EQ(DecodedTexts(decoded).size(), 1u);
+    EXPECT_NE(DecodedTexts(decoded)[0].find(std::string(" '") + c.text + "'"), std::string::npos);
+    EXPECT_EQ(DecodedGlyphEdges(decoded).size(), 7u);  // three edges of the A, four of the B
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, SwfCheckText, testing::ValuesIn(kTextCases),
+                         [](const testing::TestParamInfo<TextCase>& i) { return std::string(i.param.name); });
 
 // ---- sounds ---------------------------------------------------------------------
 

@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <map>
 #include <string>
@@ -21,9 +22,11 @@
 #include "flio/PL_FileSpec.h"
 #include "flio/flaBits.h"
 #include "flio/flaDump.h"
+#include "flio/flaFilter.h"
 #include "flio/flaFrame.h"
 #include "flio/flaGeometry.h"
 #include "flio/flaMovie.h"
+#include "flio/flaStyle.h"
 #include "json_mini.h"
 
 namespace flio_test {
@@ -144,21 +147,20 @@ inline const flaGeometry* ModelShape(const flaMovie& movie, int id) {
     return dynamic_cast<const flaGeometry*>(movie.GetCharacter(id));
 }
 
-inline std::vector<std::string> ModelShapeEdges(const flaMovie& movie, int shapeId) {
+// How an edge's styles are described: " | left | right | line".
+using ModelStyleText = std::function<std::string(const flaStyle&)>;
+
+// Every written edge of the geometry's layers, in twips, with its styles.
+inline std::vector<std::string> ModelEdges(const flaGeometry& shape, int w, const ModelStyleText& styleText) {
     std::vector<std::string> edges;
-    const flaGeometry* shape = ModelShape(movie, shapeId);
-    if (!shape) return {"no such shape"};
-    const int w = FrameWidth(movie);
     auto twips = [w](const flaPoint& p) { return TwipPos{ModelTwips(p.x, w), ModelTwips(p.y, w)}; };
-    for (std::size_t l = 0; l < shape->GetSubGeometryCount(); ++l) {
-        const flaSubGeometry* sub = shape->GetSubGeometry(l);
+    for (std::size_t l = 0; l < shape.GetSubGeometryCount(); ++l) {
+        const flaSubGeometry* sub = shape.GetSubGeometry(l);
         TwipPos pen;  // every layer starts at (0, 0)
         for (std::size_t s = 0; s < sub->GetStrokeCount(); ++s) {
             const flaSubGeometry::StrokeRecord& r = sub->GetStrokeRecord(s);
             if (r.style->IsUseless() || r.stroke->IsEmpty()) continue;
-            const std::string styles = " | " + ModelColour(r.style->LeftColor(), w) + " | " +
-                                       ModelColour(r.style->RightColor(), w) + " | " +
-                                       ModelColour(r.style->LineColor(), w);
+            const std::string styles = styleText(*r.style);
             const std::vector<flaPoint>& p = r.stroke->GetPoints();
             pen = twips(p[0]);
             auto straight = [&](const flaPoint& to) {
@@ -185,6 +187,16 @@ inline std::vector<std::string> ModelShapeEdges(const flaMovie& movie, int shape
     return edges;
 }
 
+inline std::vector<std::string> ModelShapeEdges(const flaMovie& movie, int shapeId) {
+    const flaGeometry* shape = ModelShape(movie, shapeId);
+    if (!shape) return {"no such shape"};
+    const int w = FrameWidth(movie);
+    return ModelEdges(*shape, w, [w](const flaStyle& s) {
+        return " | " + ModelColour(s.LeftColor(), w) + " | " + ModelColour(s.RightColor(), w) + " | " +
+               ModelColour(s.LineColor(), w);
+    });
+}
+
 inline std::string ModelShapeBounds(const flaMovie& movie, int shapeId) {
     const flaGeometry* shape = ModelShape(movie, shapeId);
     if (!shape) return "no such shape";
@@ -194,6 +206,108 @@ inline std::string ModelShapeBounds(const flaMovie& movie, int shapeId) {
     auto round = [](double bound, double v) { return static_cast<long>(bound >= 0 ? v + 0.5 : v - 0.5); };
     return std::to_string(round(b.xMin, b.xMin * k - h)) + " " + std::to_string(round(b.xMax, b.xMax * k + h)) + " " +
            std::to_string(round(b.yMin, b.yMin * k - h)) + " " + std::to_string(round(b.yMax, b.yMax * k + h));
+}
+
+// A filter as "type(key=value ...)"; both sides add the same keys in the same order.
+struct FilterText {
+    std::vector<std::string> parts;
+    void Add(const char* key, const std::string& value) { parts.push_back(std::string(key) + "=" + value); }
+    void Flags(bool inner, bool knockout, long passes) {
+        Add("inner", std::to_string(inner));
+        Add("knockout", std::to_string(knockout));
+        Add("passes", std::to_string(passes));
+    }
+    std::string Text(long type) const { return std::to_string(type) + "(" + Join(parts, " ") + ")"; }
+};
+inline std::string FloatText(double v) {
+    char buffer[32];
+    std::snprintf(buffer, sizeof buffer, "%.9g", v);
+    return buffer;
+}
+
+// The filter's fields as the FILTER record encodes them: 16.16 and 8.8 fixed point
+// truncated, passes in the bits the record gives them (the composite-source bit is
+// always written set, so it is not compared).
+inline std::string ModelFilter(const FLIO::flaFilter& filter) {
+    using namespace FLIO;
+    auto fixed = [](double v) { return std::to_string(static_cast<long>(v * 65536.0)); };
+    auto fixed8 = [](double v) { return std::to_string(static_cast<long>(v * 256.0)); };
+    auto rgba = [](const flaRGBA& c) { return Rgba(c.r, c.g, c.b, c.a); };
+    auto passes = [](unsigned v, unsigned most) { return static_cast<long>(std::min(v, most)); };
+    FilterText t;
+    switch (filter.GetFilterType()) {
+        case flaFilter::DropShadow: {
+            const auto& f = static_cast<const flaFilterDropShadow&>(filter);
+            t.Add("colour", rgba(f.colour));
+            t.Add("blur", fixed(f.blurX) + "," + fixed(f.blurY));
+            t.Add("angle", fixed(f.angle));
+            t.Add("distance", fixed(f.distance));
+            t.Add("strength", fixed8(f.strength));
+            t.Flags(f.innerShadow, f.knockout, passes(f.passes, 31));
+            break;
+        }
+        case flaFilter::Blur: {
+            const auto& f = static_cast<const flaFilterBlur&>(filter);
+            t.Add("blur", fixed(f.blurX) + "," + fixed(f.blurY));
+            t.Add("passes", std::to_string(passes(f.passes, 31)));
+            break;
+        }
+        case flaFilter::Glow: {
+            const auto& f = static_cast<const flaFilterGlow&>(filter);
+            t.Add("colour", rgba(f.colour));
+            t.Add("blur", fixed(f.blurX) + "," + fixed(f.blurY));
+            t.Add("strength", fixed8(f.strength));
+            t.Flags(f.innerGlow, f.knockout, passes(f.passes, 31));
+            break;
+        }
+        case flaFilter::Bevel: {
+            const auto& f = static_cast<const flaFilterBevel&>(filter);
+            t.Add("shadow", rgba(f.shadowColour));
+            t.Add("highlight", rgba(f.highlightColour));
+            t.Add("blur", fixed(f.blurX) + "," + fixed(f.blurY));
+            t.Add("angle", fixed(f.angle));
+            t.Add("distance", fixed(f.distance));
+            t.Add("strength", fixed8(f.strength));
+            t.Add("ontop", std::to_string(f.onTop));
+            t.Flags(f.innerShadow, f.knockout, passes(f.passes, 15));
+            break;
+        }
+        case flaFilter::GradientGlow:
+        case flaFilter::GradientBevel: {
+            const auto& f = static_cast<const flaFilterGradientBase&>(filter);
+            std::vector<std::string> stops;
+            for (std::size_t i = 0; i < f.colours.size(); ++i)
+                stops.push_back((i < f.ratios.size() ? std::to_string(f.ratios[i]) : "?") + ":" + rgba(f.colours[i]));
+            t.Add("gradient", Join(stops, ";"));
+            t.Add("blur", fixed(f.blurX) + "," + fixed(f.blurY));
+            t.Add("angle", fixed(f.angle));
+            t.Add("distance", fixed(f.distance));
+            t.Add("strength", fixed8(f.strength));
+            t.Add("ontop", std::to_string(f.onTop));
+            t.Flags(f.innerShadow, f.knockout, passes(f.passes, 15));
+            break;
+        }
+        case flaFilter::Convolution: {
+            const auto& f = static_cast<const flaFilterConvolution&>(filter);
+            std::vector<std::string> values;
+            for (float v : f.matrix) values.push_back(FloatText(v));
+            t.Add("size", std::to_string(f.matrixX) + "x" + std::to_string(f.matrixY));
+            t.Add("divisor", FloatText(f.divisor));
+            t.Add("bias", FloatText(f.bias));
+            t.Add("matrix", Join(values, ","));
+            t.Add("default", rgba(f.defaultColour));
+            t.Add("clamp", std::to_string(f.clamp));
+            t.Add("alpha", std::to_string(f.preserveAlpha));
+            break;
+        }
+        case flaFilter::ColorMatrix: {
+            std::vector<std::string> values;
+            for (float v : static_cast<const flaFilterColorMatrix&>(filter).matrix) values.push_back(FloatText(v));
+            t.Add("matrix", Join(values, ","));
+            break;
+        }
+    }
+    return t.Text(filter.GetFilterType());
 }
 
 inline std::vector<std::string> ModelFrames(const flaMovie& movie) {
@@ -215,9 +329,9 @@ inline std::vector<std::string> ModelFrames(const flaMovie& movie) {
             }
             if (e.HasBlendMode()) s += " blend=" + std::to_string(static_cast<int>(e.BlendMode()));
             if (e.HasFilterList()) {
-                std::vector<std::string> types;
-                for (const auto& filter : e.FilterList()) types.push_back(std::to_string(filter->GetFilterType()));
-                s += " filters=" + Join(types, ",");
+                std::vector<std::string> filters;
+                for (const auto& filter : e.FilterList()) filters.push_back(ModelFilter(*filter));
+                s += " filters=" + Join(filters, ",");
             }
             entries.push_back(s);
         }

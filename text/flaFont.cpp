@@ -131,12 +131,7 @@ std::unique_ptr<flaRead> ImportFont::takeReader() { return std::move(reader); }
 
 bool ImportFont::ReadFromFile(flaRead& in) {
     id = in.GetWord();
-    const int n = in.DataSize();
-    auto body = std::make_unique<flaRead>(n, in.GetBuffer() + in.GetPosition());
-    body->SetScaling(in.GetScaling());
-    body->SetVersion(in.GetVersion());
-    in.SkipBytes(n);
-    reader = std::move(body);
+    reader = in.CopyRestOfTag();
     return true;
 }
 

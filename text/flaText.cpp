@@ -49,12 +49,7 @@ flaTextGeometry::flaTextGeometry(int id_) : flaCharacter(id_) { drawing.SetId(id
 
 flaTextGeometry::flaTextGeometry(int id_, flaRead& in) : flaCharacter(id_) {
     drawing.SetId(id_);
-    const int n = in.DataSize();
-    auto body = std::make_unique<flaRead>(n, in.GetBuffer() + in.GetPosition());
-    body->SetScaling(in.GetScaling());
-    body->SetVersion(in.GetVersion());
-    in.SkipBytes(n);
-    reader = std::move(body);
+    reader = in.CopyRestOfTag();
 }
 
 flaTextGeometry::~flaTextGeometry() = default;

@@ -1,4 +1,4 @@
-// PL_FileSpec: the host base library's file specification, a path on disk.
+// PL_FileSpec: the host base library's name of a file on disk (its path).
 #pragma once
 
 #include <cstdio>
@@ -11,7 +11,7 @@ public:
     explicit PL_FileSpec(const UT_String& path) : path_(path) {}
     explicit PL_FileSpec(const char* utf8Path) : path_(utf8Path) {}
 
-    // A specification is valid when it names a path at all.
+    // Valid when it names a path at all.
     bool IsValid() const { return !path_.empty(); }
     // True when the path names an existing regular file.
     bool IsFile() const;

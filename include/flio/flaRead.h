@@ -12,6 +12,7 @@
 
 #include <cstdint>
 #include <iosfwd>
+#include <memory>
 #include <stdexcept>
 #include <string>
 
@@ -105,6 +106,10 @@ public:
     const char* GetString();
     void GetHeader(unsigned char* dst);
     void ReadRestOfTagData(void* dst);
+    // A new reader over a copy of the rest of the current tag, with this reader's
+    // scaling and version (for definitions decoded later); this reader moves to
+    // the tag's end.
+    std::unique_ptr<flaRead> CopyRestOfTag();
     FLIO::flaRGBA GetColor(bool withAlpha);
 
     unsigned short GetTag();

@@ -19,7 +19,8 @@ const char* kDemoHelp =
     "(solid, gradient and bitmap fills, lines and hairlines, straight and curved edges)\n"
     "that move, scale, rotate, change colour, are replaced and removed; a background\n"
     "colour change; lossless and JPEG bitmaps; an event sound; the eight filters and\n"
-    "several blend modes. The same file is written on every run.\n"
+    "several blend modes; static text in a bold and a regular face of a font whose\n"
+    "glyphs the demo draws itself. The same file is written on every run.\n"
     "\n"
     "  --compress   write a zlib-compressed (CWS) file when that is smaller\n";
 
@@ -48,8 +49,10 @@ int RunDemo(const Args& args) {
         return 2;
     }
 
+    // The glyphs the movie's fonts refer to outlive the movie and its writing.
+    flio_demo::DemoHostData host;
     flaMovie movie(flio_demo::kStageWidth, flio_demo::kStageHeight);
-    flio_demo::BuildDemoMovie(movie);
+    flio_demo::BuildDemoMovie(movie, host);
     flaDump dump(flio_demo::kStageWidth, nullptr);
     if (!movie.DumpMovieToFile(PL_FileSpec(path.c_str()), dump, compress)) {
         std::fprintf(stderr, "flio demo: cannot write %s\n", path.c_str());

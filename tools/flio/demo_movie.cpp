@@ -5,7 +5,7 @@
 
 namespace flio_demo {
 
-void BuildDemoMovie(flaMovie& movie) {
+void BuildDemoMovie(flaMovie& movie, DemoHostData& host) {
     movie.SetFrameRate(kFrameRate);
     movie.CreateFrames(kFrameCount);
 
@@ -25,7 +25,7 @@ void BuildDemoMovie(flaMovie& movie) {
     BuildDemoBitmaps(movie);
     BuildDemoSound(movie);
     BuildDemoFilters(movie);
-    BuildDemoText(movie);
+    BuildDemoText(movie, host);
 }
 
 }  // namespace flio_demo

@@ -10,15 +10,17 @@
 //              colour transform cycles, a shape replaced by another, a shape removed
 //   y 165-305  bitmaps (32-bit, with alpha, JPEG, tiled) and the blend-mode group
 //   y 315-460  one placement per filter
-//   y 465-520  reserved for text (see demo_text.cpp)
+//   y 465-520  static text in a bold and a regular face of a font drawn by the demo
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include "flio/flaGeometry.h"
 #include "flio/flaMatrix.h"
 #include "flio/flaMovie.h"
 #include "flio/flaRecords.h"
+#include "flio/flaText.h"
 
 class flaColorXForm;
 
@@ -55,18 +57,26 @@ constexpr int kDepthFirstFilter = 30;  // 30 to 37, one per filter type
 constexpr int kDepthBlendBase = 40;
 constexpr int kDepthFirstBlend = 41;   // 41 to 43
 constexpr int kDepthBlendChanging = 43;
-constexpr int kDepthFirstText = 50;    // 50 to 59, reserved for text
+constexpr int kDepthFirstText = 50;    // 50 to 59, text (50 regular, 51 bold)
+
+// What the demo movie uses without owning it, as a host keeps it: the glyph
+// outlines of its fonts (a font refers to the host's glyphs). It must outlive
+// every write of the movie.
+struct DemoHostData {
+    std::vector<std::unique_ptr<flaGlyphGeometry>> glyphs;
+};
 
 // Builds the whole demo into `movie`, which must be a fresh movie constructed with
-// kStageWidth x kStageHeight. The result is the same on every run.
-void BuildDemoMovie(flaMovie& movie);
+// kStageWidth x kStageHeight; what the movie only refers to goes into `host`. The
+// result is the same on every run.
+void BuildDemoMovie(flaMovie& movie, DemoHostData& host);
 
 // The parts, in the order BuildDemoMovie calls them (after creating the frames).
 void BuildDemoShapes(flaMovie& movie);
 void BuildDemoBitmaps(flaMovie& movie);
 void BuildDemoSound(flaMovie& movie);
 void BuildDemoFilters(flaMovie& movie);
-void BuildDemoText(flaMovie& movie);
+void BuildDemoText(flaMovie& movie, DemoHostData& host);
 
 // Helpers shared by the parts. Positions and sizes are in stage pixels; the
 // helpers convert them to model units (1.0 = stage width).

@@ -133,13 +133,14 @@ void flaSubGeometry::Transform(const flaMatrix& m) {
     for (unsigned int i = 0; i < lines.GetSize(); ++i) lines[i]->Transform(m);
 }
 
-void flaSubGeometry::CopyStrokesFrom(const flaSubGeometry& source) {
+void flaSubGeometry::CopyStrokesFrom(const flaSubGeometry& source, const flaMatrix* m) {
     std::unordered_map<const flaColor*, const flaColor*> copies;
     auto copyOf = [&](const flaColor* c, flaColorList& list) -> const flaColor* {
         if (!c) return nullptr;
         auto found = copies.find(c);
         if (found != copies.end()) return found->second;
         auto* copy = new flaColor(*c);
+        if (m) copy->Transform(*m);
         list.Add(copy);
         copies.emplace(c, copy);
         return copy;
@@ -151,6 +152,8 @@ void flaSubGeometry::CopyStrokesFrom(const flaSubGeometry& source) {
         const flaColor* right = s ? copyOf(s->RightColor(), fills) : nullptr;
         const flaColor* line = s ? copyOf(s->LineColor(), lines) : nullptr;
         auto stroke = r.stroke ? std::make_unique<flaStroke>(*r.stroke) : std::make_unique<flaStroke>();
+        if (m)
+            for (flaPoint& p : stroke->GetPoints()) m->TransformInPlace(p);
         auto style = std::make_unique<flaStyle>(edge, left, right, line);
         AddStroke(stroke.release(), style.release());
     }

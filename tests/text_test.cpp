@@ -335,3 +335,25 @@ TEST(Text, BloatingStopsAtTheOutlinePointBudget) {
         }
     }
 }
+
+// Outlines copied through a matrix widen the bounds by the mapped points only: the
+// glyph's own coordinates (em units, far larger than the text) must not leak into
+// the bounds that a text written as its outlines carries.
+TEST(Text, CopiedOutlinesBoundOnlyTheirMappedPoints) {
+    flaGlyphGeometry glyph;
+    DrawSample(glyph);  // x 0 to 10, y -10 to 0
+    flaGlyphGeometry drawing;
+    flaMatrix m(0.5f, 0.0f, 0.0f, 0.5f, 100.0f, 200.0f);
+    const FLIO::flaRGBA red(255, 0, 0, 255);
+    drawing.copyStrokeData(glyph, &m, &red);
+    const flaBoundingBox b = drawing.GetBBox();
+    EXPECT_FLOAT_EQ(b.xMin, 100.0f);
+    EXPECT_FLOAT_EQ(b.xMax, 105.0f);
+    EXPECT_FLOAT_EQ(b.yMin, 195.0f);
+    EXPECT_FLOAT_EQ(b.yMax, 200.0f);
+    ASSERT_EQ(drawing.GetSubGeometryCount(), 1u);
+    const flaSubGeometry* sub = drawing.GetSubGeometry(0);
+    EXPECT_EQ(sub->GetStrokeRecord(0).stroke->GetPoints()[1], flaPoint(105.0f, 200.0f));
+    ASSERT_EQ(sub->GetFills().GetSize(), 1u);  // recoloured: one solid fill
+    EXPECT_EQ(sub->GetFills()[0]->GetColor(), red);
+}

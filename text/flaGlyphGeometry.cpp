@@ -48,9 +48,9 @@ void flaGlyphGeometry::copyStrokeData(const flaGeometry& source, flaMatrix* matr
     for (std::size_t i = 0; i < source.GetSubGeometryCount(); ++i) {
         const flaSubGeometry* from = source.GetSubGeometry(i);
         if (!from) continue;
+        // Mapped while copied: the glyph's own coordinates must not widen the bounds.
         flaSubGeometry* to = AddChildGeometry();
-        to->CopyStrokesFrom(*from);
+        to->CopyStrokesFrom(*from, matrix);
         to->resetColor(colour);
-        if (matrix) to->Transform(*matrix);
     }
 }

@@ -107,8 +107,10 @@ public:
     // and transforms every fill, then every line.
     void Transform(const flaMatrix& m);
     // Appends copies of source's strokes, with copies of the colours they are drawn
-    // with (each source colour copied once) and styles pointing at the copies.
-    void CopyStrokesFrom(const flaSubGeometry& source);
+    // with (each source colour copied once) and styles pointing at the copies. With
+    // m, the copied points and colours are mapped through m first, so that only the
+    // mapped points widen the shape's bounds.
+    void CopyStrokesFrom(const flaSubGeometry& source, const flaMatrix* m = nullptr);
 
     // Writing. DumpStyleBits writes the fill and line style arrays (skipped for a
     // glyph, which has no style arrays) and then both index bit counts in 4 bits

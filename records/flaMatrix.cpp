@@ -73,7 +73,10 @@ bool flaMatrix::ReadFromFile(flaRead& reader) {
     B = static_cast<float>(m.rotateSkew0 * 1.52587890625e-5);
     C = static_cast<float>(m.rotateSkew1 * 1.52587890625e-5);
     D = static_cast<float>(m.scaleY * 1.52587890625e-5);
-    TX = flio_detail::TwipsToModel(m.translateX, reader.GetScaling());
-    TY = flio_detail::TwipsToModel(m.translateY, reader.GetScaling());
+    // Twips times the import factor, both as floats. Where the factor 1 / (w x 20)
+    // rounds down (a 550 or 640 pixel stage), the writer's truncation gives such a
+    // value back one twip nearer zero.
+    TX = static_cast<float>(m.translateX) * reader.GetScaling();
+    TY = static_cast<float>(m.translateY) * reader.GetScaling();
     return true;
 }

@@ -184,7 +184,7 @@ void flaSubGeometry::ParseShapeStyle(bool alpha, flaRead& in, int characterId, f
             colour = in.GetColor(alpha);
         }
         // One twip or less is a hairline, the inverse of the writer's rule.
-        const float lineWidth = width <= 1 ? 0.0f : flio_detail::TwipsToModel(width, factor);
+        const float lineWidth = width <= 1 ? 0.0f : static_cast<float>(width) * factor;
         lines.Add(new flaColor(characterId, static_cast<int>(lines.GetSize()) + lineIndexBase, 0, flaColor::Line,
                                colour, lineWidth));
     }

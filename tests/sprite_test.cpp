@@ -93,17 +93,4 @@ TEST(flaSprite, WrittenSpriteReadsBack) {
     EXPECT_NEAR(read->GetFrame(2)->GetCharacterByDepth(1)->GetMatrix().GetTX(), 0.2f, 1e-4);
 }
 
-TEST(flaSprite, SetTransformationMovesEveryPlacement) {
-    flaMovie movie(550, 400);
-    TestCharacter shape(1);
-    flaSprite sprite(2, &movie);
-    sprite.CreateFrames(2);
-    sprite.GetFrame(0)->PlaceNewCharacterInFrame(flaCharacterInfo(&shape, 1));
-    sprite.GetFrame(1)->PlaceNewCharacterInFrame(flaCharacterInfo(&shape, 4, flaMatrix(2, 0, 0, 2, 0, 0), -1));
-    sprite.SetTransformation(Translation(0.5f, 0.25f));
-    EXPECT_FLOAT_EQ(sprite.GetFrame(0)->GetMatrixByDepth(1)->GetTX(), 0.5f);
-    EXPECT_FLOAT_EQ(sprite.GetFrame(1)->GetMatrixByDepth(4)->GetTY(), 0.25f);
-    EXPECT_FLOAT_EQ(sprite.GetFrame(1)->GetMatrixByDepth(4)->GetA(), 2.0f);
-}
-
 }  // namespace

@@ -45,24 +45,27 @@ std::unique_ptr<flaGlyphGeometry> SampleGlyph() {
 
 // The strokes of a drawing as (curved, fill0, fill1, points), for comparison.
 using StrokeView = std::tuple<bool, int, int, std::vector<flaPoint>>;
+std::vector<StrokeView> Strokes(const flaSubGeometry& sub) {
+    std::vector<StrokeView> out;
+    for (std::size_t i = 0; i < sub.GetStrokeCount(); ++i) {
+        const auto& r = sub.GetStrokeRecord(i);
+        out.emplace_back(r.style->IsCurved(), r.fill0Index, r.fill1Index, r.stroke->GetPoints());
+    }
+    return out;
+}
 std::vector<StrokeView> Strokes(const flaGeometry& g) {
     std::vector<StrokeView> out;
-    for (std::size_t s = 0; s < g.GetSubGeometryCount(); ++s)
-        for (std::size_t i = 0; i < g.GetSubGeometry(s)->GetStrokeCount(); ++i) {
-            const auto& r = g.GetSubGeometry(s)->GetStrokeRecord(i);
-            out.emplace_back(r.style->IsCurved(), r.fill0Index, r.fill1Index, r.stroke->GetPoints());
-        }
+    for (std::size_t s = 0; s < g.GetSubGeometryCount(); ++s) {
+        const std::vector<StrokeView> sub = Strokes(*g.GetSubGeometry(s));
+        out.insert(out.end(), sub.begin(), sub.end());
+    }
     return out;
 }
 
-Bytes Written(const flaCharacter& item) {
+template <class T>
+Bytes Written(const T& item) {
     flaDump dump(1, nullptr);
     item.DumpCharacterInFile(dump);
-    return Flushed(dump);
-}
-Bytes Written(const flaFont& font) {
-    flaDump dump(1, nullptr);
-    font.DumpCharacterInFile(dump);
     return Flushed(dump);
 }
 
@@ -404,22 +407,23 @@ TEST(Text, WrittenTextBloatsIntoTheGlyphOutlines) {
 
     const flaGeometry& drawing = text->getDrawing();
     ASSERT_EQ(drawing.GetSubGeometryCount(), 2u);  // 'A' and 'B'
-    const float k = 370.0f / 1024.0f, advance = 32 * 0.05f;  // advance: int(32 * 512 / 500) twips
-    const std::vector<StrokeView> ref = Strokes(*glyph);
+    // Scale k = 370 / 1024; 'B' is moved by the advance of 'A', int(32 * 512 / 500)
+    // twips; y by the offset of 40 twips.
+    const float k = 370.0f / 1024.0f, advance = 32 * 0.05f;
     for (std::size_t s = 0; s < 2; ++s) {
         const flaSubGeometry& sub = *drawing.GetSubGeometry(s);
         ASSERT_EQ(sub.GetFills().GetSize(), 1u);
         EXPECT_EQ(sub.GetFillColorByIndex(0)->GetColor(), FLIO::flaRGBA(1, 2, 3, 255));
-        ASSERT_EQ(sub.GetStrokeCount(), ref.size());
-        for (std::size_t i = 0; i < ref.size(); ++i) {
-            const auto& got = sub.GetStrokeRecord(i);
-            const std::vector<flaPoint>& want = std::get<3>(ref[i]);
-            EXPECT_EQ(got.style->IsCurved(), std::get<0>(ref[i]));
-            EXPECT_EQ(got.fill1Index, 1);
-            ASSERT_EQ(got.stroke->GetSize(), want.size());
-            for (std::size_t p = 0; p < want.size(); ++p) {
-                EXPECT_NEAR((*got.stroke)[p].x, want[p].x * k + advance * static_cast<float>(s), 1e-4);
-                EXPECT_NEAR((*got.stroke)[p].y, want[p].y * k + 2.0f, 1e-4);  // y offset: 40 twips
+        std::vector<StrokeView> want = Strokes(*glyph), got = Strokes(sub);
+        ASSERT_EQ(got.size(), want.size());
+        for (std::size_t i = 0; i < want.size(); ++i) {
+            EXPECT_EQ(std::get<0>(got[i]), std::get<0>(want[i]));
+            EXPECT_EQ(std::get<2>(got[i]), 1);
+            ASSERT_EQ(std::get<3>(got[i]).size(), std::get<3>(want[i]).size());
+            for (std::size_t p = 0; p < std::get<3>(want[i]).size(); ++p) {
+                const flaPoint &g = std::get<3>(got[i])[p], &w = std::get<3>(want[i])[p];
+                EXPECT_NEAR(g.x, w.x * k + advance * static_cast<float>(s), 1e-4);
+                EXPECT_NEAR(g.y, w.y * k + 2.0f, 1e-4);
             }
         }
     }

@@ -16,71 +16,45 @@
 
 namespace flio_test {
 
-// Writes an SWF file image: the header, then tags, then (unless left out) End, and
-// patches the file length. Stage sizes are in twips; matrices are written for a
-// stage of `width / 20` pixels, so that a translation of 0.5 is half the stage.
+// Writes an SWF file image: header, tags, End, and patches the file length. Stage
+// sizes are in twips; matrices are written for a stage of `width / 20` pixels, so
+// that a translation of 0.5 is half the stage.
 class SwfWriter {
 public:
     explicit SwfWriter(int widthTwips = 11000, int heightTwips = 8000, unsigned short rateWord = 24 << 8,
                        unsigned short frameCount = 1)
         : dump(widthTwips / 20 > 0 ? widthTwips / 20 : 1, nullptr) {
-        for (char c : std::string("FWS")) dump.DataU8(static_cast<unsigned char>(c));
-        dump.DataU8(static_cast<unsigned char>(9));
-        dump.DataU32(0UL);
+        for (unsigned char b : Hex("46 57 53 09 00 00 00 00")) dump.DataU8(b);
         const int nbits = flaDump::GetBitNumber(widthTwips > heightTwips ? widthTwips : heightTwips) + 1;
         Bits(static_cast<std::uint32_t>(nbits), 5);
-        Bits(0, nbits);
-        Bits(static_cast<std::uint32_t>(widthTwips), nbits);
-        Bits(0, nbits);
-        Bits(static_cast<std::uint32_t>(heightTwips), nbits);
+        for (int v : {0, widthTwips, 0, heightTwips}) Bits(static_cast<std::uint32_t>(v), nbits);
         dump.PadLastByte();
-        dump.DataU16(rateWord);
-        dump.DataU16(frameCount);
+        Word(rateWord).Word(frameCount);
     }
-
-    // Opens a long-form tag; its body is written into Out() until Close(). Tags
-    // may be nested (the tags of a DefineSprite).
+    // Opens a long-form tag; its body is written until Close(). Tags may nest.
     SwfWriter& Open(int code) {
         open.push_back(dump.GetCurrentPosition());
-        dump.DataU16(static_cast<unsigned short>((code << 6) | 63));
-        dump.DataU32(0UL);
+        Word(static_cast<unsigned short>((code << 6) | 63)).dump.DataU32(0UL);
         return *this;
     }
     SwfWriter& Close() {
         dump.PadLastByte();
         const int start = open.back();
         open.pop_back();
-        const auto length = static_cast<std::uint32_t>(dump.GetCurrentPosition() - start - 6);
-        dump.FixData(start + 2, reinterpret_cast<const char*>(&length), 32, 32, false);
+        Patch(start + 2, static_cast<std::uint32_t>(dump.GetCurrentPosition() - start - 6));
         return *this;
     }
     flaDump& Out() { return dump; }
-
-    // A whole tag with the given body bytes.
     SwfWriter& Tag(int code, const Bytes& body = Bytes()) {
         Open(code);
         for (unsigned char b : body) dump.DataU8(b);
         return Close();
     }
-    SwfWriter& ShowFrame() {
-        dump.DataU16(static_cast<unsigned short>(1 << 6));
-        return *this;
-    }
-    SwfWriter& Word(unsigned short v) {
-        dump.DataU16(v);
-        return *this;
-    }
-    SwfWriter& Byte(unsigned char v) {
-        dump.DataU8(v);
-        return *this;
-    }
-
-    // DefineShape3 with a tiny rectangle body (bounds, no styles, end record).
-    SwfWriter& Shape(int id) {
-        Open(32).Word(static_cast<unsigned short>(id));
-        for (unsigned char b : Hex("00 00 00 00 00")) dump.DataU8(b);  // empty bounds, no styles, end
-        return Close();
-    }
+    SwfWriter& ShowFrame() { return Word(1 << 6); }
+    SwfWriter& Word(unsigned short v) { dump.DataU16(v); return *this; }
+    SwfWriter& Byte(unsigned char v) { dump.DataU8(v); return *this; }
+    // DefineShape3: id, empty bounds, no styles, end record.
+    SwfWriter& Shape(int id) { return Tag(32, Le16(id, {0, 0, 0, 0, 0})); }
     // PlaceObject2 of a new character with a matrix (and a colour transform when given).
     SwfWriter& Place(int id, int depth, const flaMatrix& m = flaMatrix(), const flaColorXForm* cx = nullptr) {
         Open(26).Byte(static_cast<unsigned char>(0x06 | (cx ? 0x08 : 0)));
@@ -95,33 +69,38 @@ public:
         m.DumpInFile(dump);
         return Close();
     }
-    SwfWriter& Remove2(int depth) { return Tag(28, {static_cast<unsigned char>(depth), static_cast<unsigned char>(depth >> 8)}); }
-
+    SwfWriter& Remove2(int depth) { return Tag(28, Le16(depth)); }
     Bytes Finish(bool withEnd = true) {
-        if (withEnd) dump.DataU16(static_cast<unsigned short>(0));
-        const auto length = static_cast<std::uint32_t>(dump.GetCurrentPosition());
-        dump.FixData(4, reinterpret_cast<const char*>(&length), 32, 32, false);
+        if (withEnd) Word(0);
+        Patch(4, static_cast<std::uint32_t>(dump.GetCurrentPosition()));
         return Flushed(dump);
+    }
+
+    // A little-endian word followed by more bytes.
+    static Bytes Le16(int v, Bytes rest = Bytes()) {
+        rest.insert(rest.begin(), {static_cast<unsigned char>(v), static_cast<unsigned char>(v >> 8)});
+        return rest;
     }
 
 private:
     void Bits(std::uint32_t v, int n) { dump.DataU32(reinterpret_cast<const char*>(&v), n, true); }
-
+    void Patch(int at, std::uint32_t v) { dump.FixData(at, reinterpret_cast<const char*>(&v), 32, 32, false); }
     flaDump dump;
     std::vector<int> open;
 };
+
+inline flaMatrix Translation(float tx, float ty) { return flaMatrix(1, 0, 0, 1, tx, ty); }
 
 // Opens the import's protected parts to the tests.
 class ImportMovie : public flaMovie {
 public:
     using flaMovie::flaMovie;
     using flaMovie::PreProsessStaticCharacters;
-
     bool Read(const Bytes& file, Progress* progress = nullptr) {
         return ReadMovieFromBuffer(file.data(), static_cast<int>(file.size()), progress);
     }
     std::uint32_t SpriteEndFrame() const { return spriteEndFrame; }
-    // The character placed at depth in frame, or null.
+    // The character placed at depth in frame, or null; its id, or -1.
     const flaCharacterInfo* At(int frame, int depth) const {
         const flaFrame* f = GetFrame(frame);
         return f ? f->GetCharacterByDepth(depth) : nullptr;
@@ -130,9 +109,14 @@ public:
         const flaCharacterInfo* info = At(frame, depth);
         return info && info->GetCharacter() ? info->GetCharacter()->GetId() : -1;
     }
-    bool HasUnsupported(flaUnsupported::UnsupportedElement e) {
-        return GetUnsupported()->UnsupportedElementAlreadyInserted(e);
+    std::vector<flaUnsupported::UnsupportedElement> Unsupported() {
+        return {GetUnsupported()->GetUnsupportedElementBegin(), GetUnsupported()->GetUnsupportedElementEnd()};
     }
+};
+
+// The static pass off, so that placements keep their file matrices.
+struct RawMovie : ImportMovie {
+    RawMovie() { set_PreProsessStaticCharacters(false); }
 };
 
 }  // namespace flio_test

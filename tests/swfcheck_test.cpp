@@ -51,7 +51,7 @@ std::string EntryAt(const std::string& frame, int depth) {
 }
 
 // Beyond matching its model, the demo promises all eight filters, the blend mode
-// that changes, two faces of one font, and kerned texts placed on stage in the
+// that changes, and kerned texts in two faces of one font, placed on stage in the
 // text band with the baseline inside their bounds.
 TEST(SwfCheck, DemoMovieDecodesAsBuilt) {
     SKIP_WITHOUT_SWFCHECK();
@@ -69,15 +69,13 @@ TEST(SwfCheck, DemoMovieDecodesAsBuilt) {
                       std::string::npos) << "filter type " << type;
         EXPECT_NE(EntryAt(d.frames[kBlendChangeFrame - 1], kDepthBlendChanging).find(" blend=7"), std::string::npos);
         EXPECT_NE(EntryAt(d.frames[kBlendChangeFrame], kDepthBlendChanging).find(" blend=8"), std::string::npos);
-        EXPECT_EQ(d.fonts.size(), 2u);
-        EXPECT_EQ(d.bitmaps.size(), 3u);
-        EXPECT_EQ(TagsOf(decoded, swfjson::StartSound).size(), 2u);
-        EXPECT_EQ(d.texts.size(), 2u);
+        EXPECT_EQ(Nums(d.fonts.size(), d.texts.size()), "2,2");
         for (const Json* t : TagsOf(decoded, swfjson::DefineText)) {
             const Json &b = (*t)["bounds"], &r = (*t)["records"][0];
             std::map<long, std::set<long>> advances;  // kerning: some glyph has two advances
             for (const Json& e : r["entries"].items) advances[e["index"].Int()].insert(e["advance"].Int());
-            EXPECT_TRUE(std::any_of(advances.begin(), advances.end(), [](const auto& a) { return a.second.size() > 1; }));
+            EXPECT_TRUE(
+                std::any_of(advances.begin(), advances.end(), [](const auto& a) { return a.second.size() > 1; }));
             for (const Json* p : TagsOf(decoded, swfjson::PlaceObject)) {
                 if ((*p)["characterId"].Int() != (*t)["id"].Int()) continue;
                 const long x = (*p)["matrix"]["translateX"].Int(), y = (*p)["matrix"]["translateY"].Int();
@@ -141,11 +139,13 @@ void BuildSmallMovie(flaMovie& movie, const Variant& v) {
                             ->AddChildGeometry();
     Add(s, {{-0.1f, -0.1f}, {0.1f, -0.1f}, {0, 0.12f}, {-0.1f, -0.1f}}, false, nullptr, s->CreateSolidColour(kRed, 0),
         s->CreateLineColour(0.02f, kBlack, 0));
-    Add(s, {{0, 0}, {0, 0.2f}, {0.3f, 0.2f}, {0.3f, 0}, {0, 0}}, false, s->CreateSolidColour(kBlue, 0), nullptr, nullptr);
+    Add(s, {{0, 0}, {0, 0.2f}, {0.3f, 0.2f}, {0.3f, 0}, {0, 0}}, false, s->CreateSolidColour(kBlue, 0), nullptr,
+        nullptr);
 
     s = Place(movie, new flaGeometry(movie.GetNewCharacterId()), 2, flaMatrix(-0.7f, 0.7f, -0.7f, 1.4f, 0.25f, 0.25f))
             ->AddChildGeometry();
-    Add(s, {{0.1f, 0}, {0.1f, 0.1f}, {0, 0.1f}, {0, 0.1f}, {-0.1f, 0.1f}, {-0.1f, 0}, {-0.1f, 0}, {-0.1f, -0.1f}, {0.1f, 0}},
+    Add(s, {{0.1f, 0}, {0.1f, 0.1f}, {0, 0.1f}, {0, 0.1f}, {-0.1f, 0.1f}, {-0.1f, 0},  // three curves
+            {-0.1f, 0}, {-0.1f, -0.1f}, {0.1f, 0}},
         true, nullptr,
         s->CreateGradientColour(flaColor::RadialGradient, flaMatrix(0.01f, 0, 0, 0.01f, 0.01f, -0.02f), steps, 0),
         s->CreateLineColour(0.0f, kBlack, 0));
@@ -153,7 +153,8 @@ void BuildSmallMovie(flaMovie& movie, const Variant& v) {
             {0.05f, 0.35f}, {0.1f, 0.1f}},
         true, nullptr, s->CreateSolidColour(kRed, 0), nullptr);
 
-    flaGeometry* layered = Place(movie, new flaGeometry(movie.GetNewCharacterId()), 3, flaMatrix(0.5f, 0, 0, 0.5f, 0.2f, 0.2f));
+    flaGeometry* layered =
+        Place(movie, new flaGeometry(movie.GetNewCharacterId()), 3, flaMatrix(0.5f, 0, 0, 0.5f, 0.2f, 0.2f));
     s = layered->AddChildGeometry();
     const flaMatrix m(0.005f, 0.002f, -0.002f, 0.005f, 0.1f, 0);
     Add(s, {{0, 0}, {0.2f, 0}, {0.2f, 0.2f}, {0, 0}}, false, nullptr,

@@ -96,8 +96,8 @@ inline std::string ModelColour(const flaColor* c, int w) {
     switch (c->GetColorType()) {
         case flaColor::Solid: return Rgba(c->GetColor());
         case flaColor::Line:
-            return "line " + Nums(c->IsHairLine() ? 1 : static_cast<long>(c->GetLineWidth() * 20.0 * w) & 0xFFFF) + " " +
-                   Rgba(c->GetColor());
+            return "line " + Nums(c->IsHairLine() ? 1 : static_cast<long>(c->GetLineWidth() * 20.0 * w) & 0xFFFF) +
+                   " " + Rgba(c->GetColor());
         case flaColor::Bitmap: return "bitmap " + Nums(c->GetBitmapID());
         default: return "gradient " + Nums(c->GetTickNumber());
     }
@@ -121,8 +121,9 @@ inline void ModelEdges(const flaGeometry& shape, int w, const std::string& id, s
         for (std::size_t s = 0; s < sub->GetStrokeCount(); ++s) {
             const flaSubGeometry::StrokeRecord& r = sub->GetStrokeRecord(s);
             if (r.style->IsUseless() || r.stroke->IsEmpty()) continue;
-            const std::string styles = " | " + ModelColour(r.style->LeftColor(), w) + " | " +
-                                       ModelColour(r.style->RightColor(), w) + " | " + ModelColour(r.style->LineColor(), w);
+            const flaStyle& st = *r.style;
+            const std::string styles = " | " + ModelColour(st.LeftColor(), w) + " | " +
+                                       ModelColour(st.RightColor(), w) + " | " + ModelColour(st.LineColor(), w);
             const std::vector<flaPoint>& p = r.stroke->GetPoints();
             const std::size_t step = r.style->IsCurved() ? 3 : 1;
             std::string pen = ModelTwips(p[0], w);
@@ -179,7 +180,8 @@ inline Described DescribeModel(const flaMovie& movie) {
         std::vector<std::string> entries;
         for (const auto& [depth, e] : movie.GetFrame(static_cast<int>(f))->GetDisplayList()) {
             if (auto* g = dynamic_cast<const flaGeometry*>(e.GetCharacter())) shapes[g->GetId()] = g;
-            entries.push_back(Nums(depth) + ":" + Nums(e.GetCharacter()->GetId()) + " " + ModelMatrix(e.GetMatrix(), w));
+            entries.push_back(Nums(depth) + ":" + Nums(e.GetCharacter()->GetId()) + " " +
+                              ModelMatrix(e.GetMatrix(), w));
             if (e.HasBlendMode()) entries.back() += " blend=" + Nums(static_cast<int>(e.BlendMode()));
             std::vector<std::string> filters;
             for (std::size_t i = 0; e.HasFilterList() && i < e.FilterList().size(); ++i)
@@ -207,7 +209,8 @@ inline Described DescribeModel(const flaMovie& movie) {
     for (const auto& [face, font] : movie.GetFontTable().GetTable()) {
         std::vector<std::string> codes;
         for (unsigned i = 0; i < font.getCodeCnt(); ++i) codes.push_back(Nums(font.getCodeByIndex(i)));
-        d.fonts.push_back(FontText(font.getId(), face.name.utf8(), face.bold, face.italic, font.getGlyphCnt(), Join(codes)));
+        d.fonts.push_back(
+            FontText(font.getId(), face.name.utf8(), face.bold, face.italic, font.getGlyphCnt(), Join(codes)));
     }
     for (const flaCharacter* c : movie.GetCharacterList())
         if (auto* t = dynamic_cast<const flaTextGeometry*>(c))  // height: 0.5785 x 20 twips per font-size unit
@@ -275,7 +278,8 @@ inline void DecodedFrames(const Json& movie, std::vector<std::string>& frames) {
         }
         if (type != swfjson::ShowFrame) continue;
         std::vector<std::string> entries;
-        for (const auto& [depth, e] : list) entries.push_back(Nums(depth) + ":" + Nums(e.id) + " " + e.matrix + e.blend + e.filters);
+        for (const auto& [depth, e] : list)
+            entries.push_back(Nums(depth) + ":" + Nums(e.id) + " " + e.matrix + e.blend + e.filters);
         frames.push_back(Join(entries, " | "));
     }
 }
@@ -309,21 +313,25 @@ inline Described DescribeDecoded(const Json& movie) {
                 line = r.Has("lineStyle") ? static_cast<std::size_t>(r["lineStyle"].Int()) : line;
                 continue;
             }
-            auto style = [](const std::vector<std::string>& list, std::size_t i) { return i < list.size() ? list[i] : "bad index"; };
+            auto style = [](const std::vector<std::string>& list, std::size_t i) {
+                return " | " + (i < list.size() ? list[i] : "bad index");
+            };
+            const Json& c = r["controlDelta"];
             std::string edge = id + (r.Has("controlDelta") ? " Q " : " L ") + Nums(x, y) + " ";
-            if (r.Has("controlDelta")) edge += Nums(x + r["controlDelta"]["x"].Int(), y + r["controlDelta"]["y"].Int()) + " ";
+            if (r.Has("controlDelta")) edge += Nums(x + c["x"].Int(), y + c["y"].Int()) + " ";
             x += r["delta"]["x"].Int(), y += r["delta"]["y"].Int();
-            d.edges.push_back(edge + Nums(x, y) + " | " + style(fills, left) + " | " + style(fills, right) + " | " + style(lines, line));
+            d.edges.push_back(edge + Nums(x, y) + style(fills, left) + style(fills, right) + style(lines, line));
         }
     }
     for (const Json* t : TagsOf(movie, swfjson::DefineBitmap)) {
         const std::string media = (*t)["mediaType"].text;
-        d.bitmaps.push_back(Nums((*t)["id"].Int()) + " " + (media == "image/jpeg" ? "jpeg" : media.substr(media.rfind('-') + 1)));
+        d.bitmaps.push_back(Nums((*t)["id"].Int()) + " " +
+                            (media == "image/jpeg" ? "jpeg" : media.substr(media.rfind('-') + 1)));
     }
     for (const Json* t : TagsOf(movie, swfjson::DefineSound)) {  // a compressed file's data is {"bytes": n}
         const Json& data = (*t)["data"];
-        d.sounds.push_back(Nums((*t)["id"].Int(), (*t)["format"].Int(), (*t)["soundRate"].Int(), (*t)["soundSize"].Int(),
-                                (*t)["soundType"].Int(), (*t)["sampleCount"].Int(),
+        d.sounds.push_back(Nums((*t)["id"].Int(), (*t)["format"].Int(), (*t)["soundRate"].Int(),
+                                (*t)["soundSize"].Int(), (*t)["soundType"].Int(), (*t)["sampleCount"].Int(),
                                 data.Has("bytes") ? data["bytes"].Int() : static_cast<long>(data["data"].Size())));
     }
     std::map<long, const Json*> fonts;

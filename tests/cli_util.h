@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <string>
+#include <vector>
 
 namespace flio_test {
 
@@ -13,16 +14,25 @@ struct RunResult {
     std::string out;  // standard output
 };
 
+inline std::string Join(const std::vector<std::string>& parts, const char* sep = ",") {
+    std::string out;
+    for (std::size_t i = 0; i < parts.size(); ++i) out += (i ? sep : "") + parts[i];
+    return out;
+}
+// Numbers as "1,2,3", to compare several at once.
+template <class... T>
+std::string Nums(T... v) {
+    return Join({std::to_string(v)...});
+}
+
 // Runs a shell command; standard error is discarded unless the command redirects it.
 inline RunResult RunCommand(const std::string& command) {
     RunResult r;
     FILE* p = popen((command + " 2>/dev/null").c_str(), "r");
-    if (!p) return r;
     char buf[4096];
-    size_t n;
-    while ((n = fread(buf, 1, sizeof buf, p)) > 0) r.out.append(buf, n);
-    const int raw = pclose(p);
-    if (WIFEXITED(raw)) r.status = WEXITSTATUS(raw);
+    for (std::size_t n; p && (n = fread(buf, 1, sizeof buf, p)) > 0;) r.out.append(buf, n);
+    const int raw = p ? pclose(p) : -1;
+    if (raw != -1 && WIFEXITED(raw)) r.status = WEXITSTATUS(raw);
     return r;
 }
 

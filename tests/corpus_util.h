@@ -1,4 +1,4 @@
-// Finding the third-party SWF files of the shared corpus for tests.
+// The third-party SWF files of the shared corpus, for tests.
 #pragma once
 
 #include <algorithm>
@@ -8,21 +8,11 @@
 
 namespace flio_test {
 
-inline std::string CorpusDir() {
-#ifdef FLIO_CORPUS_DIR
-    return FLIO_CORPUS_DIR;
-#else
-    return "";
-#endif
-}
-
 // Every .swf file below the corpus folder, sorted; empty when the folder is absent.
 inline std::vector<std::string> CorpusFiles() {
     std::vector<std::string> files;
     std::error_code ec;
-    const std::filesystem::path dir(CorpusDir());
-    if (dir.empty() || !std::filesystem::is_directory(dir, ec)) return files;
-    for (const auto& e : std::filesystem::recursive_directory_iterator(dir, ec))
+    for (const auto& e : std::filesystem::recursive_directory_iterator(FLIO_CORPUS_DIR, ec))
         if (e.is_regular_file() && e.path().extension() == ".swf") files.push_back(e.path().string());
     std::sort(files.begin(), files.end());
     return files;

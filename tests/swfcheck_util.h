@@ -1,18 +1,17 @@
-// Checking written movies with the independent SWF parser (swfcheck --full): runs
-// it, and turns both its decoded tags and the in-memory movie into the same plain
-// descriptions (shape edges with their styles, per-frame display lists, bitmaps,
-// sounds), so that a test compares the two with EXPECT_EQ and sees every
-// difference. The model side restates the SWF encodings (twips, 16.16 matrices)
-// independently of the writer.
+// Checking written movies with the independent SWF parser (swfcheck --full): both
+// its decoded tags and the in-memory movie are turned into the same plain
+// descriptions (shape bounds and edges with their styles, each frame's display list
+// with blend modes and filters, bitmaps, sounds, fonts and texts), so that a test
+// compares them with EXPECT_EQ and sees every difference. The model side states the
+// SWF encodings (twips, 16.16 and 8.8 fixed point) independently of the writer.
 #pragma once
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <fstream>
-#include <functional>
 #include <iterator>
 #include <map>
 #include <string>
@@ -23,34 +22,29 @@
 #include "flio/flaBits.h"
 #include "flio/flaDump.h"
 #include "flio/flaFilter.h"
+#include "flio/flaFont.h"
 #include "flio/flaFrame.h"
 #include "flio/flaGeometry.h"
 #include "flio/flaMovie.h"
+#include "flio/flaSound.h"
 #include "flio/flaStyle.h"
+#include "flio/flaText.h"
 #include "json_mini.h"
 
 namespace flio_test {
 
 // The swfcheck program, or "" when it (or node, which runs it) is missing.
 inline std::string SwfCheckTool() {
-    static const std::string tool = [] {
-        if (RunCommand("command -v node").status != 0) return std::string();
-        const std::string dir = FLIO_TOOLS_DIR;
-        for (const std::string& p : {dir + "/swfcheck", dir + "/swfcheck/swfcheck"}) {
-            struct stat st {};
-            if (stat(p.c_str(), &st) == 0 && S_ISREG(st.st_mode)) return p;
-        }
-        return std::string();
-    }();
-    return tool;
+    static const std::string tool = FLIO_TOOLS_DIR "/swfcheck/swfcheck";
+    static const bool there = access(tool.c_str(), R_OK) == 0 && RunCommand("command -v node").status == 0;
+    return there ? tool : "";
 }
 
 #define SKIP_WITHOUT_SWFCHECK() \
     if (flio_test::SwfCheckTool().empty()) GTEST_SKIP() << "node or the swfcheck tool is not available"
 
-// The parser's JSON line for one file: {"file", "ok", "movie"} or {"ok": false, "error"}.
-// The output goes through a file: node may exit before a long line has drained
-// into a pipe.
+// The parser's JSON for one file: {"ok", "movie"} or {"ok": false, "error"}. It goes
+// through a file: node may exit before a long line has drained into a pipe.
 inline Json SwfCheckFull(const std::string& file) {
     const std::string out = file + ".json";
     RunCommand("'" + SwfCheckTool() + "' --full '" + file + "' > '" + out + "'");
@@ -60,345 +54,310 @@ inline Json SwfCheckFull(const std::string& file) {
     return text.empty() ? Json() : Json::Parse(text);
 }
 
-// Writes the movie into the test's temporary folder; returns the path.
-inline std::string WriteMovie(flaMovie& movie, const std::string& name, bool compress = false) {
-    int width = 0, height = 0;
-    movie.GetFrameSize(width, height);
-    const std::string path = testing::TempDir() + "flio_swfcheck_" + name + ".swf";
-    flaDump dump(width, nullptr);
-    EXPECT_TRUE(movie.DumpMovieToFile(PL_FileSpec(path.c_str()), dump, compress));
-    return path;
-}
-
 inline int FrameWidth(const flaMovie& movie) {
     int width = 0, height = 0;
     movie.GetFrameSize(width, height);
     return width;
 }
 
-// ---- shared formatting --------------------------------------------------------
+// ---- formatting ---------------------------------------------------------------------------
 
-inline std::string Join(const std::vector<std::string>& parts, const char* sep) {
-    std::string out;
-    for (std::size_t i = 0; i < parts.size(); ++i) out += (i ? sep : "") + parts[i];
-    return out;
-}
-inline std::string Rgba(int r, int g, int b, int a) {
-    return std::to_string(r) + "," + std::to_string(g) + "," + std::to_string(b) + "," + std::to_string(a);
-}
-inline std::string MatrixText(long sx, long sy, long r0, long r1, long tx, long ty) {
-    return "m=" + Join({std::to_string(sx), std::to_string(sy), std::to_string(r0), std::to_string(r1),
-                        std::to_string(tx), std::to_string(ty)},
-                       ",");
-}
-
-// ---- model side ----------------------------------------------------------------
-
-// MATRIX fields as the format defines them: 16.16 terms truncated, translation in
-// twips truncated.
-inline std::string ModelMatrix(const flaMatrix& m, int frameWidth) {
-    const double k = frameWidth;
-    auto fixed = [](float v) { return static_cast<long>(static_cast<double>(v) * 65536.0); };
-    auto twips = [k](float v) { return static_cast<long>(k * (static_cast<double>(v) * 20.0)); };
-    return MatrixText(fixed(m.GetA()), fixed(m.GetD()), fixed(m.GetB()), fixed(m.GetC()), twips(m.GetTX()),
-                      twips(m.GetTY()));
-}
-
-inline std::string ModelColour(const flaColor* c, int frameWidth) {
-    if (!c) return "-";
-    const FLIO::flaRGBA& rgba = c->GetColor();
-    switch (c->GetColorType()) {
-        case flaColor::Solid: return "solid " + Rgba(rgba.r, rgba.g, rgba.b, rgba.a);
-        case flaColor::Line: {
-            const long w = c->IsHairLine() ? 1 : static_cast<long>(c->GetLineWidth() * 20.0 * frameWidth) & 0xFFFF;
-            return "line " + std::to_string(w) + " " + Rgba(rgba.r, rgba.g, rgba.b, rgba.a);
-        }
-        case flaColor::LinearGradient:
-        case flaColor::RadialGradient: {
-            std::vector<std::string> stops;
-            for (int i = 0; i < c->GetTickNumber(); ++i) {
-                int pos = 0;
-                const FLIO::flaRGBA& s = c->GetTick(i, pos);
-                stops.push_back(std::to_string(pos) + ":" + Rgba(s.r, s.g, s.b, s.a));
-            }
-            return std::string(c->GetColorType() == flaColor::LinearGradient ? "linear " : "radial ") +
-                   ModelMatrix(c->GetMatrix(), frameWidth) + " " + Join(stops, ";");
-        }
-        case flaColor::Bitmap:
-            return "bitmap " + std::to_string(c->GetBitmapID()) + (c->GetFillBitsTiled() ? " tiled " : " clipped ") +
-                   ModelMatrix(c->GetMatrix(), frameWidth);
-    }
-    return "?";
-}
-
-struct TwipPos {
-    long x = 0, y = 0;
-    bool operator==(const TwipPos& o) const { return x == o.x && y == o.y; }
-    std::string Text() const { return std::to_string(x) + "," + std::to_string(y); }
-};
-
-// A model coordinate in twips: the product in float, rounded half away from zero.
-inline long ModelTwips(float v, int frameWidth) {
-    const float t = v * static_cast<float>(frameWidth * 20);
-    return static_cast<long>(v >= 0 ? static_cast<double>(t) + 0.5 : static_cast<double>(t) - 0.5);
-}
-
-inline const flaGeometry* ModelShape(const flaMovie& movie, int id) {
-    return dynamic_cast<const flaGeometry*>(movie.GetCharacter(id));
-}
-
-// How an edge's styles are described: " | left | right | line".
-using ModelStyleText = std::function<std::string(const flaStyle&)>;
-
-// Every written edge of the geometry's layers, in twips, with its styles.
-inline std::vector<std::string> ModelEdges(const flaGeometry& shape, int w, const ModelStyleText& styleText) {
-    std::vector<std::string> edges;
-    auto twips = [w](const flaPoint& p) { return TwipPos{ModelTwips(p.x, w), ModelTwips(p.y, w)}; };
-    for (std::size_t l = 0; l < shape.GetSubGeometryCount(); ++l) {
-        const flaSubGeometry* sub = shape.GetSubGeometry(l);
-        TwipPos pen;  // every layer starts at (0, 0)
-        for (std::size_t s = 0; s < sub->GetStrokeCount(); ++s) {
-            const flaSubGeometry::StrokeRecord& r = sub->GetStrokeRecord(s);
-            if (r.style->IsUseless() || r.stroke->IsEmpty()) continue;
-            const std::string styles = styleText(*r.style);
-            const std::vector<flaPoint>& p = r.stroke->GetPoints();
-            pen = twips(p[0]);
-            auto straight = [&](const flaPoint& to) {
-                const TwipPos t = twips(to);
-                if (t == pen) return;
-                edges.push_back("L " + pen.Text() + " " + t.Text() + styles);
-                pen = t;
-            };
-            if (!r.style->IsCurved()) {
-                for (std::size_t i = 1; i < p.size(); ++i) straight(p[i]);
-                continue;
-            }
-            for (std::size_t i = 0; i + 2 < p.size(); i += 3) {
-                if (p[i + 1] == p[i] || p[i + 1] == p[i + 2]) {
-                    straight(p[i + 2]);
-                    continue;
-                }
-                const TwipPos c = twips(p[i + 1]), a = twips(p[i + 2]);
-                edges.push_back("Q " + pen.Text() + " " + c.Text() + " " + a.Text() + styles);
-                pen = a;
-            }
-        }
-    }
-    return edges;
-}
-
-inline std::vector<std::string> ModelShapeEdges(const flaMovie& movie, int shapeId) {
-    const flaGeometry* shape = ModelShape(movie, shapeId);
-    if (!shape) return {"no such shape"};
-    const int w = FrameWidth(movie);
-    return ModelEdges(*shape, w, [w](const flaStyle& s) {
-        return " | " + ModelColour(s.LeftColor(), w) + " | " + ModelColour(s.RightColor(), w) + " | " +
-               ModelColour(s.LineColor(), w);
-    });
-}
-
-inline std::string ModelShapeBounds(const flaMovie& movie, int shapeId) {
-    const flaGeometry* shape = ModelShape(movie, shapeId);
-    if (!shape) return "no such shape";
-    const double k = FrameWidth(movie) * 20.0;
-    const double h = shape->GetMaxLineWidth() * 0.5 * k;
-    const flaBoundingBox b = shape->GetBBox();
-    auto round = [](double bound, double v) { return static_cast<long>(bound >= 0 ? v + 0.5 : v - 0.5); };
-    return std::to_string(round(b.xMin, b.xMin * k - h)) + " " + std::to_string(round(b.xMax, b.xMax * k + h)) + " " +
-           std::to_string(round(b.yMin, b.yMin * k - h)) + " " + std::to_string(round(b.yMax, b.yMax * k + h));
-}
-
-// A filter as "type(key=value ...)"; both sides add the same keys in the same order.
-struct FilterText {
-    std::vector<std::string> parts;
-    void Add(const char* key, const std::string& value) { parts.push_back(std::string(key) + "=" + value); }
-    void Flags(bool inner, bool knockout, long passes) {
-        Add("inner", std::to_string(inner));
-        Add("knockout", std::to_string(knockout));
-        Add("passes", std::to_string(passes));
-    }
-    std::string Text(long type) const { return std::to_string(type) + "(" + Join(parts, " ") + ")"; }
-};
+inline std::string Rgba(const FLIO::flaRGBA& c) { return Nums(c.r, c.g, c.b, c.a); }
+inline std::string Fixed(double v, double one) { return std::to_string(static_cast<long>(v * one)); }
 inline std::string FloatText(double v) {
     char buffer[32];
     std::snprintf(buffer, sizeof buffer, "%.9g", v);
     return buffer;
 }
 
-// The filter's fields as the FILTER record encodes them: 16.16 and 8.8 fixed point
-// truncated, passes in the bits the record gives them (the composite-source bit is
-// always written set, so it is not compared).
-inline std::string ModelFilter(const FLIO::flaFilter& filter) {
+// Shapes "id xMin,xMax,yMin,yMax" and their edges "id L|Q points | left | right |
+// line", bitmaps "id kind", sounds, fonts "id 'face' bold italic glyphs codes",
+// texts "id font=f height=h 'text'", and each frame's "depth:id m=matrix blend
+// filters" entries.
+struct Described {
+    std::vector<std::string> shapes, edges, bitmaps, sounds, fonts, texts, frames;
+};
+inline std::string FontText(long id, const std::string& face, bool bold, bool italic, std::size_t glyphs,
+                            const std::string& codes) {
+    return Nums(id) + " '" + face + "' " + Nums(bold, italic, glyphs) + " codes=" + codes;
+}
+
+// ---- model side -----------------------------------------------------------------------------
+
+// MATRIX fields: 16.16 terms and twips, truncated.
+inline std::string ModelMatrix(const flaMatrix& m, int w) {
+    auto twips = [w](float v) { return static_cast<long>(w * (static_cast<double>(v) * 20.0)); };
+    return "m=" + Join({Fixed(m.GetA(), 65536), Fixed(m.GetD(), 65536), Fixed(m.GetB(), 65536),
+                        Fixed(m.GetC(), 65536), Nums(twips(m.GetTX()), twips(m.GetTY()))});
+}
+
+inline std::string ModelColour(const flaColor* c, int w) {
+    if (!c) return "-";
+    switch (c->GetColorType()) {
+        case flaColor::Solid: return Rgba(c->GetColor());
+        case flaColor::Line:
+            return "line " + Nums(c->IsHairLine() ? 1 : static_cast<long>(c->GetLineWidth() * 20.0 * w) & 0xFFFF) +
+                   " " + Rgba(c->GetColor());
+        case flaColor::Bitmap: return "bitmap " + Nums(c->GetBitmapID());
+        default: return "gradient " + Nums(c->GetTickNumber());
+    }
+}
+
+// A coordinate in twips: the product in float, rounded half away from zero.
+inline std::string ModelTwips(const flaPoint& p, int w) {
+    auto twips = [w](float v) {
+        const double t = static_cast<double>(v * static_cast<float>(w * 20));
+        return static_cast<long>(v >= 0 ? t + 0.5 : t - 0.5);
+    };
+    return Nums(twips(p.x), twips(p.y));
+}
+
+// Every written edge of the layers in twips. Every layer starts at (0, 0); a useless
+// style is not written, nor an edge of length zero; a curve whose control point is
+// on an end is written straight.
+inline void ModelEdges(const flaGeometry& shape, int w, const std::string& id, std::vector<std::string>& edges) {
+    for (std::size_t l = 0; l < shape.GetSubGeometryCount(); ++l) {
+        const flaSubGeometry* sub = shape.GetSubGeometry(l);
+        for (std::size_t s = 0; s < sub->GetStrokeCount(); ++s) {
+            const flaSubGeometry::StrokeRecord& r = sub->GetStrokeRecord(s);
+            if (r.style->IsUseless() || r.stroke->IsEmpty()) continue;
+            const flaStyle& st = *r.style;
+            const std::string styles = " | " + ModelColour(st.LeftColor(), w) + " | " +
+                                       ModelColour(st.RightColor(), w) + " | " + ModelColour(st.LineColor(), w);
+            const std::vector<flaPoint>& p = r.stroke->GetPoints();
+            const std::size_t step = r.style->IsCurved() ? 3 : 1;
+            std::string pen = ModelTwips(p[0], w);
+            for (std::size_t i = step == 3 ? 0 : 1; i + step - 1 < p.size(); i += step) {
+                const std::string to = ModelTwips(p[i + step - 1], w);
+                if (step == 3 && !(p[i + 1] == p[i] || p[i + 1] == p[i + 2]))
+                    edges.push_back(id + " Q " + pen + " " + ModelTwips(p[i + 1], w) + " " + to + styles);
+                else if (to != pen)
+                    edges.push_back(id + " L " + pen + " " + to + styles);
+                pen = to;
+            }
+        }
+    }
+}
+
+// Key fields of a FILTER record: type, blur (16.16) and strength (8.8); the
+// convolution's size and divisor; the colour matrix.
+template <class F>
+std::string Blur(const F& f) {
+    return " blur=" + Fixed(f.blurX, 65536) + "," + Fixed(f.blurY, 65536);
+}
+template <class F>
+std::string Strength(const FLIO::flaFilter& f) {
+    const auto& g = static_cast<const F&>(f);
+    return Blur(g) + " strength=" + Fixed(g.strength, 256);
+}
+inline std::string ModelFilter(const FLIO::flaFilter& f) {
     using namespace FLIO;
-    auto fixed = [](double v) { return std::to_string(static_cast<long>(v * 65536.0)); };
-    auto fixed8 = [](double v) { return std::to_string(static_cast<long>(v * 256.0)); };
-    auto rgba = [](const flaRGBA& c) { return Rgba(c.r, c.g, c.b, c.a); };
-    auto passes = [](unsigned v, unsigned most) { return static_cast<long>(std::min(v, most)); };
-    FilterText t;
-    switch (filter.GetFilterType()) {
-        case flaFilter::DropShadow: {
-            const auto& f = static_cast<const flaFilterDropShadow&>(filter);
-            t.Add("colour", rgba(f.colour));
-            t.Add("blur", fixed(f.blurX) + "," + fixed(f.blurY));
-            t.Add("angle", fixed(f.angle));
-            t.Add("distance", fixed(f.distance));
-            t.Add("strength", fixed8(f.strength));
-            t.Flags(f.innerShadow, f.knockout, passes(f.passes, 31));
-            break;
-        }
-        case flaFilter::Blur: {
-            const auto& f = static_cast<const flaFilterBlur&>(filter);
-            t.Add("blur", fixed(f.blurX) + "," + fixed(f.blurY));
-            t.Add("passes", std::to_string(passes(f.passes, 31)));
-            break;
-        }
-        case flaFilter::Glow: {
-            const auto& f = static_cast<const flaFilterGlow&>(filter);
-            t.Add("colour", rgba(f.colour));
-            t.Add("blur", fixed(f.blurX) + "," + fixed(f.blurY));
-            t.Add("strength", fixed8(f.strength));
-            t.Flags(f.innerGlow, f.knockout, passes(f.passes, 31));
-            break;
-        }
-        case flaFilter::Bevel: {
-            const auto& f = static_cast<const flaFilterBevel&>(filter);
-            t.Add("shadow", rgba(f.shadowColour));
-            t.Add("highlight", rgba(f.highlightColour));
-            t.Add("blur", fixed(f.blurX) + "," + fixed(f.blurY));
-            t.Add("angle", fixed(f.angle));
-            t.Add("distance", fixed(f.distance));
-            t.Add("strength", fixed8(f.strength));
-            t.Add("ontop", std::to_string(f.onTop));
-            t.Flags(f.innerShadow, f.knockout, passes(f.passes, 15));
-            break;
-        }
-        case flaFilter::GradientGlow:
-        case flaFilter::GradientBevel: {
-            const auto& f = static_cast<const flaFilterGradientBase&>(filter);
-            std::vector<std::string> stops;
-            for (std::size_t i = 0; i < f.colours.size(); ++i)
-                stops.push_back((i < f.ratios.size() ? std::to_string(f.ratios[i]) : "?") + ":" + rgba(f.colours[i]));
-            t.Add("gradient", Join(stops, ";"));
-            t.Add("blur", fixed(f.blurX) + "," + fixed(f.blurY));
-            t.Add("angle", fixed(f.angle));
-            t.Add("distance", fixed(f.distance));
-            t.Add("strength", fixed8(f.strength));
-            t.Add("ontop", std::to_string(f.onTop));
-            t.Flags(f.innerShadow, f.knockout, passes(f.passes, 15));
-            break;
-        }
+    const std::string type = std::to_string(f.GetFilterType());
+    switch (f.GetFilterType()) {
+        case flaFilter::Blur: return type + Blur(static_cast<const flaFilterBlur&>(f));
+        case flaFilter::DropShadow: return type + Strength<flaFilterDropShadow>(f);
+        case flaFilter::Glow: return type + Strength<flaFilterGlow>(f);
+        case flaFilter::Bevel: return type + Strength<flaFilterBevel>(f);
         case flaFilter::Convolution: {
-            const auto& f = static_cast<const flaFilterConvolution&>(filter);
-            std::vector<std::string> values;
-            for (float v : f.matrix) values.push_back(FloatText(v));
-            t.Add("size", std::to_string(f.matrixX) + "x" + std::to_string(f.matrixY));
-            t.Add("divisor", FloatText(f.divisor));
-            t.Add("bias", FloatText(f.bias));
-            t.Add("matrix", Join(values, ","));
-            t.Add("default", rgba(f.defaultColour));
-            t.Add("clamp", std::to_string(f.clamp));
-            t.Add("alpha", std::to_string(f.preserveAlpha));
-            break;
+            const auto& c = static_cast<const flaFilterConvolution&>(f);
+            return type + " size=" + Nums(c.matrixX, c.matrixY) + " divisor=" + FloatText(c.divisor);
         }
         case flaFilter::ColorMatrix: {
             std::vector<std::string> values;
-            for (float v : static_cast<const flaFilterColorMatrix&>(filter).matrix) values.push_back(FloatText(v));
-            t.Add("matrix", Join(values, ","));
-            break;
+            for (float v : static_cast<const flaFilterColorMatrix&>(f).matrix) values.push_back(FloatText(v));
+            return type + " matrix=" + Join(values);
         }
+        default: return type + Strength<flaFilterGradientBase>(f);  // gradient glow and bevel
     }
-    return t.Text(filter.GetFilterType());
 }
 
-inline std::vector<std::string> ModelFrames(const flaMovie& movie) {
-    std::vector<std::string> frames;
+// The shapes described are those the movie places: the writer writes only those.
+inline Described DescribeModel(const flaMovie& movie) {
+    Described d;
     const int w = FrameWidth(movie);
+    std::map<int, const flaGeometry*> shapes;
     for (unsigned long long f = 0; f < movie.GetFrameCount(); ++f) {
         std::vector<std::string> entries;
         for (const auto& [depth, e] : movie.GetFrame(static_cast<int>(f))->GetDisplayList()) {
-            std::string s = std::to_string(depth) + ":" + std::to_string(e.GetCharacter()->GetId()) + " " +
-                            ModelMatrix(e.GetMatrix(), w);
-            if (e.HasColorXForm()) {
-                const flaColorXForm& cx = e.GetColorXForm();
-                const bool m = cx.GetIsMult(), a = cx.GetIsAdd();
-                s += " cx=" + Join({std::to_string(m ? cx.GetmR() : 256), std::to_string(m ? cx.GetmG() : 256),
-                                    std::to_string(m ? cx.GetmB() : 256), std::to_string(m ? cx.GetmA() : 256),
-                                    std::to_string(a ? cx.GetaR() : 0), std::to_string(a ? cx.GetaG() : 0),
-                                    std::to_string(a ? cx.GetaB() : 0), std::to_string(a ? cx.GetaA() : 0)},
-                                   ",");
-            }
-            if (e.HasBlendMode()) s += " blend=" + std::to_string(static_cast<int>(e.BlendMode()));
-            if (e.HasFilterList()) {
-                std::vector<std::string> filters;
-                for (const auto& filter : e.FilterList()) filters.push_back(ModelFilter(*filter));
-                s += " filters=" + Join(filters, ",");
-            }
-            entries.push_back(s);
+            if (auto* g = dynamic_cast<const flaGeometry*>(e.GetCharacter())) shapes[g->GetId()] = g;
+            entries.push_back(Nums(depth) + ":" + Nums(e.GetCharacter()->GetId()) + " " +
+                              ModelMatrix(e.GetMatrix(), w));
+            if (e.HasBlendMode()) entries.back() += " blend=" + Nums(static_cast<int>(e.BlendMode()));
+            std::vector<std::string> filters;
+            for (std::size_t i = 0; e.HasFilterList() && i < e.FilterList().size(); ++i)
+                filters.push_back(ModelFilter(*e.FilterList()[i]));
+            if (e.HasFilterList()) entries.back() += " filters=" + Join(filters, "; ");
         }
-        frames.push_back(Join(entries, "; "));
+        d.frames.push_back(Join(entries, " | "));
     }
-    return frames;
-}
-
-inline std::vector<std::string> ModelBitmaps(const flaMovie& movie) {
-    std::map<unsigned, std::string> byId;
-    for (const flaBitsLossless* b : movie.GetBitsLosslessList())
-        byId[b->id] = "lossless1 " + std::to_string(b->width) + "x" + std::to_string(b->height);
-    for (const flaBitsLossless2* b : movie.GetBitsLossless2List())
-        byId[b->id] = "lossless2 " + std::to_string(b->width) + "x" + std::to_string(b->height);
-    for (const flaBitsJpegBase* j : movie.GetJPEGContainer()) {
-        flaBitsJpegBase::JPEGData data;
-        j->InitJpegData(data);
-        byId[j->id] = "jpeg " + std::to_string(data.jpegSize) + " bytes";
-        if (data.ownsBuffer) delete[] data.jpeg;
+    for (const auto& [id, g] : shapes) {  // bounds widened by half the widest line
+        const double k = w * 20.0, h = g->GetMaxLineWidth() * 0.5 * k;
+        const flaBoundingBox b = g->GetBBox();
+        auto round = [](double bound, double v) { return static_cast<long>(bound >= 0 ? v + 0.5 : v - 0.5); };
+        d.shapes.push_back(Nums(id) + " " + Nums(round(b.xMin, b.xMin * k - h), round(b.xMax, b.xMax * k + h),
+                                                 round(b.yMin, b.yMin * k - h), round(b.yMax, b.yMax * k + h)));
+        ModelEdges(*g, w, Nums(id), d.edges);
     }
-    std::vector<std::string> out;
-    for (const auto& [id, text] : byId) out.push_back(std::to_string(id) + " " + text);
-    return out;
-}
-
-inline std::string SoundText(long id, long format, long rate, long size, long stereo, long samples, long bytes) {
-    return std::to_string(id) + " format=" + std::to_string(format) + " rate=" + std::to_string(rate) +
-           " size=" + std::to_string(size) + (stereo ? " stereo" : " mono") + " samples=" + std::to_string(samples) +
-           " bytes=" + std::to_string(bytes);
-}
-
-inline std::vector<std::string> ModelSounds(const flaMovie& movie) {
+    for (const flaBitsLossless* b : movie.GetBitsLosslessList()) d.bitmaps.push_back(Nums(b->id) + " lossless1");
+    for (const flaBitsLossless2* b : movie.GetBitsLossless2List()) d.bitmaps.push_back(Nums(b->id) + " lossless2");
+    for (const flaBitsJpegBase* j : movie.GetJPEGContainer()) d.bitmaps.push_back(Nums(j->id) + " jpeg");
     static const long rates[] = {5500, 11000, 22000, 44000};
-    std::vector<std::string> out;
     for (const flaSound* s : movie.GetSoundList())
-        out.push_back(SoundText(s->GetSoundID(), s->GetCompressFormat(), rates[flaSound::RateCode(s->GetSampleRate())],
+        d.sounds.push_back(Nums(s->GetSoundID(), s->GetCompressFormat(), rates[flaSound::RateCode(s->GetSampleRate())],
                                 s->GetSampleSize() == 8 ? 8 : 16, s->GetChannels() == 2, s->GetSampleCount(),
                                 s->GetSize()));
-    std::sort(out.begin(), out.end());
-    return out;
+    for (const auto& [face, font] : movie.GetFontTable().GetTable()) {
+        std::vector<std::string> codes;
+        for (unsigned i = 0; i < font.getCodeCnt(); ++i) codes.push_back(Nums(font.getCodeByIndex(i)));
+        d.fonts.push_back(
+            FontText(font.getId(), face.name.utf8(), face.bold, face.italic, font.getGlyphCnt(), Join(codes)));
+    }
+    for (const flaCharacter* c : movie.GetCharacterList())
+        if (auto* t = dynamic_cast<const flaTextGeometry*>(c))  // height: 0.5785 x 20 twips per font-size unit
+            d.texts.push_back(Nums(t->GetId()) + " font=" + Nums(t->getFontId()) + " height=" +
+                              Fixed(t->getFontSize() * 0.5785, 20) + " '" + t->getText().utf8() + "'");
+    return d;
 }
 
-inline std::string Optional(bool has, unsigned long v) { return has ? std::to_string(v) : "-"; }
+// ---- decoded side (tag type numbers are the parser's own) ------------------------------------
 
-inline std::vector<std::string> ModelSoundStarts(const flaMovie& movie) {
-    std::vector<std::string> out;
-    for (unsigned long long f = 0; f < movie.GetFrameCount(); ++f) {
-        const flaFrame* frame = movie.GetFrame(static_cast<int>(f));
-        for (unsigned i = 0; i < frame->GetSoundCount(); ++i) {
-            const flaSoundInfo& s = *frame->GetSound(i);
-            std::vector<std::string> env;
-            for (unsigned p = 0; s.HasEnvelope() && p < s.GetEnvelopePointCount(); ++p) {
-                const auto& e = s.GetEnvelopePoint(p);
-                env.push_back(std::to_string(e.position) + ":" + std::to_string(e.leftLevel) + "/" +
-                              std::to_string(e.rightLevel));
+namespace swfjson {
+enum TagType { DefineBitmap = 5, DefineFont = 12, DefineShape = 22, DefineSound = 23, DefineText = 25,
+               PlaceObject = 49, RemoveObject = 54, ShowFrame = 58, StartSound = 61 };
+}  // namespace swfjson
+
+inline std::vector<const Json*> TagsOf(const Json& movie, long type) {
+    std::vector<const Json*> tags;
+    for (const Json& t : movie["tags"].items)
+        if (t["type"].Int() == type) tags.push_back(&t);
+    return tags;
+}
+
+inline std::string DecodedMatrix(const Json& m) {
+    auto eps = [&m](const char* k, long none) { return m.Has(k) ? m[k]["epsilons"].Int() : none; };
+    return "m=" + Nums(eps("scaleX", 65536), eps("scaleY", 65536), eps("rotateSkew0", 0), eps("rotateSkew1", 0),
+                       m["translateX"].Int(), m["translateY"].Int());
+}
+inline std::string DecodedRgba(const Json& c) {
+    return Nums(c["r"].Int(), c["g"].Int(), c["b"].Int(), c.Has("a") ? c["a"].Int() : 255);
+}
+
+inline std::string DecodedFilter(const Json& f) {
+    auto eps = [&f](const char* k) { return std::to_string(f[k]["epsilons"].Int()); };
+    std::string s = std::to_string(f["filter"].Int());
+    if (f.Has("blurX")) s += " blur=" + eps("blurX") + "," + eps("blurY");
+    if (f.Has("strength")) s += " strength=" + eps("strength");
+    if (f.Has("matrixWidth"))
+        return s + " size=" + Nums(f["matrixWidth"].Int(), f["matrixHeight"].Int()) + " divisor=" +
+               FloatText(f["divisor"].number);
+    std::vector<std::string> values;
+    for (const Json& v : f["matrix"].items) values.push_back(FloatText(v.number));
+    return f.Has("matrix") ? s + " matrix=" + Join(values) : s;
+}
+
+// The display list replayed from the placement tags, described at each ShowFrame.
+// The parser numbers blend modes from 0 (normal); the file's byte is one more.
+inline void DecodedFrames(const Json& movie, std::vector<std::string>& frames) {
+    struct Entry {
+        long id = 0;
+        std::string matrix = "m=65536,65536,0,0,0,0", blend, filters;
+    };
+    std::map<long, Entry> list;
+    for (const Json& t : movie["tags"].items) {
+        const long type = t["type"].Int();
+        if (type == swfjson::RemoveObject) list.erase(t["depth"].Int());
+        if (type == swfjson::PlaceObject) {
+            Entry& e = list[t["depth"].Int()];
+            if (!t["isUpdate"].boolean) e = Entry();
+            e.id = t.Has("characterId") ? t["characterId"].Int() : e.id;
+            e.matrix = t.Has("matrix") ? DecodedMatrix(t["matrix"]) : e.matrix;
+            if (t.Has("blendMode")) e.blend = " blend=" + std::to_string(t["blendMode"].Int() + 1);
+            std::vector<std::string> filters;
+            for (const Json& f : t["filters"].items) filters.push_back(DecodedFilter(f));
+            if (t.Has("filters")) e.filters = " filters=" + Join(filters, "; ");
+        }
+        if (type != swfjson::ShowFrame) continue;
+        std::vector<std::string> entries;
+        for (const auto& [depth, e] : list)
+            entries.push_back(Nums(depth) + ":" + Nums(e.id) + " " + e.matrix + e.blend + e.filters);
+        frames.push_back(Join(entries, " | "));
+    }
+}
+
+inline Described DescribeDecoded(const Json& movie) {
+    Described d;
+    for (const Json* t : TagsOf(movie, swfjson::DefineShape)) {
+        const Json &b = (*t)["bounds"], &shape = (*t)["shape"];
+        const std::string id = Nums((*t)["id"].Int());
+        d.shapes.push_back(id + " " + Nums(b["xMin"].Int(), b["xMax"].Int(), b["yMin"].Int(), b["yMax"].Int()));
+        std::vector<std::string> fills, lines;
+        auto load = [&](const Json& styles) {
+            fills.assign(1, "-");
+            lines.assign(1, "-");
+            for (const Json& f : styles["fill"].items)
+                fills.push_back(f["type"].Int() == 4   ? DecodedRgba(f["color"])
+                                : f["type"].Int() == 0 ? "bitmap " + Nums(f["bitmapId"].Int())
+                                                       : "gradient " + Nums(f["gradient"]["colors"].Size()));
+            for (const Json& l : styles["line"].items)
+                lines.push_back("line " + Nums(l["width"].Int()) + " " + DecodedRgba(l["fill"]["color"]));
+        };
+        load(shape["initialStyles"]);
+        std::size_t left = 0, right = 0, line = 0;
+        long x = 0, y = 0;
+        for (const Json& r : shape["records"].items) {
+            if (r["type"].Int() == 1) {  // style change
+                if (r.Has("newStyles")) load(r["newStyles"]);
+                if (r.Has("moveTo")) x = r["moveTo"]["x"].Int(), y = r["moveTo"]["y"].Int();
+                left = r.Has("leftFill") ? static_cast<std::size_t>(r["leftFill"].Int()) : left;
+                right = r.Has("rightFill") ? static_cast<std::size_t>(r["rightFill"].Int()) : right;
+                line = r.Has("lineStyle") ? static_cast<std::size_t>(r["lineStyle"].Int()) : line;
+                continue;
             }
-            out.push_back("frame " + std::to_string(f) + " id " + std::to_string(s.GetSoundId()) +
-                          " stop=" + std::to_string(s.IsSyncStop()) + " nomultiple=" +
-                          std::to_string(s.IsSyncNoMultiple()) + " in=" + Optional(s.HasInPoint(), s.GetInPoint()) +
-                          " out=" + Optional(s.HasOutPoint(), s.GetOutPoint()) +
-                          " loops=" + Optional(s.HasLoopCount(), s.GetLoopCount()) +
-                          " env=" + (s.HasEnvelope() ? "[" + Join(env, " ") + "]" : "-"));
+            auto style = [](const std::vector<std::string>& list, std::size_t i) {
+                return " | " + (i < list.size() ? list[i] : "bad index");
+            };
+            const Json& c = r["controlDelta"];
+            std::string edge = id + (r.Has("controlDelta") ? " Q " : " L ") + Nums(x, y) + " ";
+            if (r.Has("controlDelta")) edge += Nums(x + c["x"].Int(), y + c["y"].Int()) + " ";
+            x += r["delta"]["x"].Int(), y += r["delta"]["y"].Int();
+            d.edges.push_back(edge + Nums(x, y) + style(fills, left) + style(fills, right) + style(lines, line));
         }
     }
-    return out;
+    for (const Json* t : TagsOf(movie, swfjson::DefineBitmap)) {
+        const std::string media = (*t)["mediaType"].text;
+        d.bitmaps.push_back(Nums((*t)["id"].Int()) + " " +
+                            (media == "image/jpeg" ? "jpeg" : media.substr(media.rfind('-') + 1)));
+    }
+    for (const Json* t : TagsOf(movie, swfjson::DefineSound)) {  // a compressed file's data is {"bytes": n}
+        const Json& data = (*t)["data"];
+        d.sounds.push_back(Nums((*t)["id"].Int(), (*t)["format"].Int(), (*t)["soundRate"].Int(),
+                                (*t)["soundSize"].Int(), (*t)["soundType"].Int(), (*t)["sampleCount"].Int(),
+                                data.Has("bytes") ? data["bytes"].Int() : static_cast<long>(data["data"].Size())));
+    }
+    std::map<long, const Json*> fonts;
+    for (const Json* t : TagsOf(movie, swfjson::DefineFont)) {
+        fonts[(*t)["id"].Int()] = t;
+        std::vector<std::string> codes;
+        for (const Json& c : (*t)["codeUnits"].items) codes.push_back(Nums(c.Int()));
+        d.fonts.push_back(FontText((*t)["id"].Int(), (*t)["fontName"].text, (*t)["isBold"].boolean,
+                                   (*t)["isItalic"].boolean, (*t)["glyphs"].Size(), Join(codes)));
+    }
+    // A text is spelt back through its font's code table, so that a glyph index that
+    // points at the wrong glyph shows as a wrong letter.
+    for (const Json* t : TagsOf(movie, swfjson::DefineText))
+        for (const Json& r : (*t)["records"].items) {
+            static const Json none;
+            const Json& codes = fonts.count(r["fontId"].Int()) ? (*fonts[r["fontId"].Int()])["codeUnits"] : none;
+            std::string spelt;
+            for (const Json& e : r["entries"].items) {
+                const Json& code = codes[static_cast<std::size_t>(e["index"].Int())];
+                spelt += code.kind == Json::Number ? static_cast<char>(code.Int()) : '?';
+            }
+            d.texts.push_back(Nums((*t)["id"].Int()) + " font=" + Nums(r["fontId"].Int()) + " height=" +
+                              Nums(r["fontSize"].Int()) + " '" + spelt + "'");
+        }
+    DecodedFrames(movie, d.frames);
+    return d;
 }
 
 }  // namespace flio_test
-
-#include "swfcheck_decoded.h"

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <tuple>
 
 #include "flio/flaBits.h"
 #include "flio/flaDump.h"
@@ -50,11 +51,8 @@ TEST(flaBitsLossless, WritesAndReadsTheVectors) {
 
         flaBitsLossless read;
         ASSERT_TRUE(read.ReadFromFile(*OpenTag(Hex(v.tag))));
-        EXPECT_EQ(read.id, v.id);
-        EXPECT_EQ(read.format, v.format);
-        EXPECT_EQ(read.width, v.width);
-        EXPECT_EQ(read.height, v.height);
-        EXPECT_EQ(read.colorTableSize, v.readColorTableSize);
+        EXPECT_EQ(std::make_tuple(read.id, read.format, read.width, read.height, read.colorTableSize),
+                  std::make_tuple(v.id, v.format, v.width, v.height, v.readColorTableSize));
         EXPECT_EQ(ToHex(DataOf(read)), ToHex(data));
     }
 }
@@ -107,12 +105,7 @@ std::unique_ptr<flaBitsJpegBase> MakeJpeg(int kind, const flaMovie& movie, char*
 }  // namespace
 
 TEST(flaBitsJpeg, WritesAndReadsTheVectors) {
-    const struct {
-        int kind;
-        unsigned int id;
-        const char* body;
-        const char* tag;
-    } cases[] = {
+    const struct { int kind; unsigned int id; const char *body, *tag; } cases[] = {
         {1, 3, "FF D8 AA FF", "BF 01 06 00 00 00 03 00 FF D8 AA FF"},
         {2, 4, "FF D8 FF D9", "7F 05 06 00 00 00 04 00 FF D8 FF D9"},
         {2, 1, "", "7F 05 02 00 00 00 01 00"},
@@ -149,13 +142,8 @@ TEST(flaBitsJpeg, CostCodeCoversTheTag) {
 }
 
 TEST(flaBitsJpeg, InitJpegDataFindsTheStreamAndTheAlpha) {
-    const struct {
-        int kind;
-        const char* body;
-        bool ok;
-        unsigned int offset, jpegSize, alphaSize;
-        bool ownsAfter;  // the caller's structure starts with ownsBuffer = true
-    } cases[] = {
+    // The caller's structure starts with ownsBuffer = true.
+    const struct { int kind; const char* body; bool ok; unsigned int offset, jpegSize, alphaSize; bool ownsAfter; } cases[] = {
         {2, "FF D9 FF D8", false, 0, 0, 0, false},          // below five bytes
         {2, "FF D9 FF D8 00", true, 4, 1, 0, true},         // the leading end/start pair skipped
         {2, "FF D8 FF E0 00", true, 0, 5, 0, false},        // the stream as it is
@@ -188,11 +176,8 @@ TEST(flaBitsJpeg, InitJpegDataFindsTheStreamAndTheAlpha) {
 }
 
 TEST(flaBitsJpeg, DefineBitsJoinsTheMovieTables) {
-    const struct {
-        const char* tables;  // null: the movie read no tables
-        const char* image;
-        const char* stream;  // null: no stream
-    } cases[] = {
+    // No tables: the movie read none; no stream: InitJpegData fails.
+    const struct { const char *tables, *image, *stream; } cases[] = {
         {nullptr, "FF D8 AA BB FF D9", "FF D8 AA BB FF D9"},  // copied
         {"FF D9", "FF D8 AA BB FF D9", "FF D8 AA BB FF D9"},  // two-byte tables: copied
         {"FF D8 DB 00 FF D9", "FF D8 AA BB FF D9", "FF D8 DB 00 AA BB FF D9"},

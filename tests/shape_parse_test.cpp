@@ -88,39 +88,29 @@ flaGradientSteps Stops() {
 const struct ShapeCase {
     const char* name;
     std::function<void(flaGeometry&)> build;
-    // A clipped bitmap fill (0x41) reads back as tiled, so writing the decoded shape
-    // again gives 0x40 there.
-    bool hasClippedBitmap = false;
 } kShapes[] = {
-    {"curves with a line",
-     [](flaGeometry& g) {
-         flaSubGeometry* s = g.AddChildGeometry();
-         Add(s, C, {{0, 0}, {0.5f, -0.3f}, {1, 0}, {1, 0}, {1.4f, 0.5f}, {1, 1}}, nullptr, s->CreateSolidColour(kGreen, 0),
-             s->CreateLineColour(0.1f, kBlue, 0));
-     }},
     {"moves, hairlines, several colours, straight then curved from the same pen",
      [](flaGeometry& g) {
          flaSubGeometry* s = g.AddChildGeometry();
          const flaColor* red = s->CreateSolidColour(kRed, 0);
          const flaColor* green = s->CreateSolidColour(kGreen, 0);
          const flaColor* hair = s->CreateLineColour(0.0f, kBlue, 0);
+         const flaColor* wide = s->CreateLineColour(0.25f, kRed, 0);
          Add(s, S, {{3, 3}, {4, 3}}, red, green, nullptr);
          Add(s, S, {{-3, 1}, {-3, 2}, {-2.5f, 2.25f}}, nullptr, nullptr, hair);
-         const flaColor* wide = s->CreateLineColour(0.25f, kRed, 0);
          Add(s, S, {{0.1f, 0.2f}, {0.3f, 0.4f}}, green, nullptr, wide);
          Add(s, C, {{0.3f, 0.4f}, {1, 1}, {2, 0.4f}}, green, nullptr, wide);
          Add(s, C, {{10, -10}, {12, -12}, {14, -10}}, red, red, hair);
      }},
-    {"gradients and bitmaps",
+    {"gradients and bitmaps",  // a clipped bitmap (0x41) would read back tiled
      [](flaGeometry& g) {
          flaSubGeometry* s = g.AddChildGeometry();
          const flaMatrix m(0.5f, 0.25f, -0.25f, 0.5f, 1.0f, -2.0f);
          Add(s, S, {{0, 0}, {1, 0}}, s->CreateGradientColour(flaColor::LinearGradient, m, Stops(), 0),
              s->CreateGradientColour(flaColor::RadialGradient, flaMatrix(), Stops(), 0), nullptr);
-         Add(s, S, {{0, 1}, {1, 1}}, s->CreateBitmapColour(true, 12, m, 0), s->CreateBitmapColour(false, 13, flaMatrix(), 0),
+         Add(s, S, {{0, 1}, {1, 1}}, s->CreateBitmapColour(true, 12, m, 0), s->CreateBitmapColour(true, 13, flaMatrix(), 0),
              nullptr);
-     },
-     true},
+     }},
     {"three layers",
      [](flaGeometry& g) {
          for (int i = 0; i < 3; ++i) {
@@ -133,21 +123,15 @@ const struct ShapeCase {
      }},
 };
 
-void ExpectSameColour(const flaColor& a, const flaColor& b, double twip) {
-    EXPECT_EQ(a.GetColorType(), b.GetColorType());
-    EXPECT_EQ(a.GetColor(), b.GetColor());
-    EXPECT_EQ(a.GetFlashKey(), b.GetFlashKey());
-    EXPECT_NEAR(a.GetLineWidth(), b.GetLineWidth(), twip);
-    EXPECT_EQ(a.GetGradientSteps(), b.GetGradientSteps());
-    EXPECT_EQ(a.GetBitmapID(), b.GetBitmapID());
-    EXPECT_EQ(b.GetFillBitsTiled(), a.GetColorType() == flaColor::Bitmap);  // 0x41 included
-    const flaMatrix &ma = a.GetMatrix(), &mb = b.GetMatrix();
-    EXPECT_NEAR(ma.GetA(), mb.GetA(), 1e-4);
-    EXPECT_NEAR(ma.GetB(), mb.GetB(), 1e-4);
-    EXPECT_NEAR(ma.GetC(), mb.GetC(), 1e-4);
-    EXPECT_NEAR(ma.GetD(), mb.GetD(), 1e-4);
-    EXPECT_NEAR(ma.GetTX(), mb.GetTX(), twip);
-    EXPECT_NEAR(ma.GetTY(), mb.GetTY(), twip);
+// Colours compare by kind, RGBA and key (character, line bit, index); their matrices,
+// stops and widths are checked by writing the decoded shape again.
+bool SameColours(const flaColorList& a, const flaColorList& b) {
+    if (a.GetSize() != b.GetSize()) return false;
+    for (unsigned i = 0; i < a.GetSize(); ++i)
+        if (a[i]->GetColorType() != b[i]->GetColorType() || !(a[i]->GetColor() == b[i]->GetColor()) ||
+            a[i]->GetFlashKey() != b[i]->GetFlashKey())
+            return false;
+    return true;
 }
 
 }  // namespace
@@ -166,10 +150,8 @@ TEST(ShapeParse, WrittenShapesReadBack) {
         for (std::size_t s = 0; s < original.GetSubGeometryCount(); ++s) {
             const flaSubGeometry &a = *original.GetSubGeometry(s), &b = *back->GetSubGeometry(s);
             ASSERT_EQ(b.GetStrokeCount(), a.GetStrokeCount());
-            ASSERT_EQ(b.GetFills().GetSize(), a.GetFills().GetSize());
-            ASSERT_EQ(b.GetLines().GetSize(), a.GetLines().GetSize());
-            for (unsigned i = 0; i < a.GetFills().GetSize(); ++i) ExpectSameColour(*a.GetFills()[i], *b.GetFills()[i], twip);
-            for (unsigned i = 0; i < a.GetLines().GetSize(); ++i) ExpectSameColour(*a.GetLines()[i], *b.GetLines()[i], twip);
+            EXPECT_TRUE(SameColours(a.GetFills(), b.GetFills()));
+            EXPECT_TRUE(SameColours(a.GetLines(), b.GetLines()));
             for (std::size_t k = 0; k < a.GetStrokeCount(); ++k) {
                 const auto &ra = a.GetStrokeRecord(k), &rb = b.GetStrokeRecord(k);
                 EXPECT_EQ(rb.style->edgeType(), ra.style->edgeType()) << k;
@@ -181,9 +163,7 @@ TEST(ShapeParse, WrittenShapesReadBack) {
                 }
             }
         }
-        if (!c.hasClippedBitmap) {
-            EXPECT_EQ(Written(*back, frameSizeX), tag);  // and written again, the same tag
-        }
+        EXPECT_EQ(Written(*back, frameSizeX), tag);  // and written again, the same tag
     }
 }
 
@@ -218,11 +198,7 @@ TEST(ShapeParse, StrokesFollowStyleChangesMovesAndEdgeKinds) {
 }
 
 TEST(ShapeParse, FillStyleTypes) {
-    const struct {
-        unsigned type;
-        flaColor::ColorType expected;
-        bool tiled;
-    } cases[] = {{0x00, flaColor::Solid, false},          {0x10, flaColor::LinearGradient, false},
+    const struct { unsigned type; flaColor::ColorType expected; bool tiled; } cases[] = {{0x00, flaColor::Solid, false},          {0x10, flaColor::LinearGradient, false},
                  {0x12, flaColor::RadialGradient, false}, {0x13, flaColor::RadialGradient, false},
                  {0x40, flaColor::Bitmap, true},          {0x41, flaColor::Bitmap, true},
                  {0x42, flaColor::Bitmap, true},          {0x43, flaColor::Bitmap, true},
@@ -295,8 +271,8 @@ TEST(ShapeParse, LineStyles) {
 
 TEST(ShapeParse, TruncatedTagsThrowAndLeaveTheShapeEmpty) {
     flaGeometry original(5);
+    kShapes[0].build(original);
     kShapes[1].build(original);
-    kShapes[2].build(original);
     const Bytes tag = Written(original, 1);
     ASSERT_GT(tag.size(), 60u);
     for (std::size_t n = 8; n < tag.size(); ++n) {

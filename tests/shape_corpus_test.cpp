@@ -64,7 +64,7 @@ double Distance(const flaBoundingBox& a, double xMin, double xMax, double yMin, 
 
 TEST(ShapeCorpus, EveryShapeDecodesWithinItsBounds) {
     const std::vector<std::string> files = flio_test::CorpusFiles();
-    if (files.empty()) GTEST_SKIP() << "no corpus at " << flio_test::CorpusDir();
+    if (files.empty()) GTEST_SKIP() << "no corpus at " << FLIO_CORPUS_DIR;
     int shapes = 0, compared = 0, loose = 0;
     for (const std::string& file : files) {
         std::ifstream stream(file, std::ios::binary);

@@ -107,13 +107,51 @@ void flaMovie::ParseTags(flaRead& reader, Progress* progress) {
     }
 }
 
-void flaMovie::DispatchTag(flaRead& reader, unsigned short code) {
+// Tags that act on a timeline: the same for the movie and for its sprites' nested
+// tags. False for any other tag.
+bool flaMovie::DispatchTimelineTag(flaRead& reader, unsigned short code) {
     switch (code) {
-        case 0:  // End
-            break;
         case 1:
             ParseShowFrame();
-            break;
+            return true;
+        case 4:
+            ParsePlaceObject(reader);
+            return true;
+        case 5:
+            ParseRemoveObject(reader);
+            return true;
+        case 12:  // DoAction: a sprite reports it in its parent's list
+            GetUnsupported()->AddUnsupportedElement(flaUnsupported::Action);
+            return true;
+        case 15:
+            ReadSoundStartFromFile(reader);
+            return true;
+        case 18:
+            ParseSoundStreamHead(reader);
+            return true;
+        case 19:
+            ParseSoundStreamBlock(reader);
+            return true;
+        case 26:
+            ParsePlaceObject2(reader);
+            return true;
+        case 28:
+            ParseRemoveObject2(reader);
+            return true;
+        case 45:
+            ParseSoundStreamHead2(reader);
+            return true;
+        case 70:
+            ParsePlaceObject3(reader);
+            return true;
+        default:
+            return false;
+    }
+}
+
+void flaMovie::DispatchTag(flaRead& reader, unsigned short code) {
+    if (DispatchTimelineTag(reader, code)) return;
+    switch (code) {
         case 2:
             ParseDefineShape(reader, false, flaShape::DefineShape);
             break;
@@ -125,12 +163,6 @@ void flaMovie::DispatchTag(flaRead& reader, unsigned short code) {
             break;
         case 83:
             ParseDefineShape(reader, true, flaShape::DefineShape4);
-            break;
-        case 4:
-            ParsePlaceObject(reader);
-            break;
-        case 5:
-            ParseRemoveObject(reader);
             break;
         case 6:
             ParseDefineBits(reader);
@@ -162,20 +194,8 @@ void flaMovie::DispatchTag(flaRead& reader, unsigned short code) {
         case 62:  // DefineFontInfo2
             ParseDefineFontInfo2(reader);
             break;
-        case 12:  // DoAction
-            GetUnsupported()->AddUnsupportedElement(flaUnsupported::Action);
-            break;
         case 14:
             ParseDefineSound(reader);
-            break;
-        case 15:
-            ReadSoundStartFromFile(reader);
-            break;
-        case 18:
-            ParseSoundStreamHead(reader);
-            break;
-        case 19:
-            ParseSoundStreamBlock(reader);
             break;
         case 20:
             ParseDefineBitsLossless(reader);
@@ -183,12 +203,6 @@ void flaMovie::DispatchTag(flaRead& reader, unsigned short code) {
             break;
         case 21:
             ParseDefineBitsJPEG2(reader);
-            break;
-        case 26:
-            ParsePlaceObject2(reader);
-            break;
-        case 28:
-            ParseRemoveObject2(reader);
             break;
         case 33:  // DefineText2
         case 37:  // DefineEditText
@@ -204,19 +218,13 @@ void flaMovie::DispatchTag(flaRead& reader, unsigned short code) {
         case 39:
             ParseDefineSprite(reader);
             break;
-        case 45:
-            ParseSoundStreamHead2(reader);
-            break;
         case 46:  // DefineMorphShape
             GetUnsupported()->AddUnsupportedElement(flaUnsupported::MorphShape);
-            break;
-        case 70:
-            ParsePlaceObject3(reader);
             break;
         case 731:
             ParsePaletteData(reader);
             break;
-        default:  // everything else, 84 to 730 and above 731 included, is skipped
+        default:  // End, and everything else (84 to 730 and above 731 included) is skipped
             break;
     }
 }

@@ -45,43 +45,9 @@ void flaSprite::ParseTags(flaRead& reader) {
     while (reader.ContainerBytesLeft() >= 2) {
         const unsigned short code = reader.GetTag();
         const unsigned long end = reader.GetTagEnd();
-        switch (code) {
-            case 1:
-                ParseShowFrame();
-                break;
-            case 4:
-                ParsePlaceObject(reader);
-                break;
-            case 5:
-                ParseRemoveObject(reader);
-                break;
-            case 12:  // DoAction: reported in the parent's list
-                GetUnsupported()->AddUnsupportedElement(flaUnsupported::Action);
-                break;
-            case 15:
-                ReadSoundStartFromFile(reader);
-                break;
-            case 18:
-                ParseSoundStreamHead(reader);
-                break;
-            case 19:
-                ParseSoundStreamBlock(reader);
-                break;
-            case 26:
-                ParsePlaceObject2(reader);
-                break;
-            case 28:
-                ParseRemoveObject2(reader);
-                break;
-            case 45:
-                ParseSoundStreamHead2(reader);
-                break;
-            case 70:
-                ParsePlaceObject3(reader);
-                break;
-            default:  // End, definitions (a sprite inside a sprite included) and the rest
-                break;
-        }
+        // Only the timeline tags count inside a sprite; End, definitions (a sprite
+        // inside a sprite included) and the rest are passed over.
+        DispatchTimelineTag(reader, code);
         reader.Seek(end);
         if (code == 0) break;
     }

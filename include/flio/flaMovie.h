@@ -195,6 +195,9 @@ protected:
     // The tag loop: until End or the end of the data.
     void ParseTags(flaRead& reader, Progress* progress);
     // Runs the handler of one tag of the main timeline.
+    // The tags that act on a timeline (placements, ShowFrame, sound starts and
+    // streams, DoAction), shared with the sprites' nested tag loop; false for others.
+    bool DispatchTimelineTag(flaRead& reader, unsigned short code);
     void DispatchTag(flaRead& reader, unsigned short code);
     // Bakes the matrix of every character placed with a single matrix into its
     // geometry; false when switched off.

@@ -24,7 +24,7 @@
 #include <string>
 #include <vector>
 
-#include "flio/PL_FileSpec.h"
+#include "flio/PL_File.h"
 #include "flio/flaGeometry.h"
 #include "flio/flaMovie.h"
 

@@ -4,7 +4,7 @@
 //   host_example [OUT.swf]
 #include <cstdio>
 
-#include "flio/PL_FileSpec.h"
+#include "flio/PL_File.h"
 #include "flio/flaDump.h"
 #include "flio/flaFrame.h"
 #include "flio/flaGeometry.h"

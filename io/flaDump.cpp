@@ -8,7 +8,7 @@
 #include <cstring>
 #include <new>
 
-#include "flio/PL_FileSpec.h"
+#include "flio/PL_File.h"
 #include "io/flaConvert.h"
 
 using flio_detail::TruncToInt64;

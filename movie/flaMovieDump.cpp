@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "flio/PL_FileSpec.h"
+#include "flio/PL_File.h"
 #include "flio/flaAction.h"
 #include "flio/flaDump.h"
 #include "flio/flaFrame.h"

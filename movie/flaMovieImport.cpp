@@ -6,7 +6,7 @@
 #include <fstream>
 #include <string>
 
-#include "flio/PL_FileSpec.h"
+#include "flio/PL_File.h"
 #include "flio/flaCharacterMatrices.h"
 #include "flio/flaFrame.h"
 #include "flio/flaMovie.h"

@@ -12,7 +12,7 @@
 #if defined(FLIO_CLI_PATH) && defined(FLIO_HAVE_DEMO)
 
 #include "demo_movie.h"
-#include "flio/PL_FileSpec.h"
+#include "flio/PL_File.h"
 #include "flio/flaDump.h"
 #include "flio/flaMovie.h"
 

@@ -11,7 +11,7 @@
 
 #include "cli_util.h"
 #include "corpus_util.h"
-#include "flio/PL_FileSpec.h"
+#include "flio/PL_File.h"
 #include "flio/flaFont.h"
 #include "flio/flaMovie.h"
 #include "json_mini.h"

@@ -8,7 +8,7 @@
 #include <functional>
 #include <string>
 
-#include "flio/PL_FileSpec.h"
+#include "flio/PL_File.h"
 #include "flio/flaDump.h"
 #include "flio/flaRead.h"
 #include "test_util.h"

@@ -9,7 +9,7 @@
 #include <string>
 
 #include "corpus_util.h"
-#include "flio/PL_FileSpec.h"
+#include "flio/PL_File.h"
 #include "flio/flaMovie.h"
 #include "test_util.h"
 

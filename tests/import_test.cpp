@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "flio/PL_FileSpec.h"
+#include "flio/PL_File.h"
 #include "import_test_util.h"
 
 using namespace flio_test;

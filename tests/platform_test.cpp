@@ -3,7 +3,7 @@
 
 #include <cstdio>
 
-#include "flio/PL_FileSpec.h"
+#include "flio/PL_File.h"
 #include "flio/UT_SharedPtr.h"
 #include "flio/UT_String.h"
 

@@ -18,7 +18,7 @@
 #include <vector>
 
 #include "cli_util.h"
-#include "flio/PL_FileSpec.h"
+#include "flio/PL_File.h"
 #include "flio/flaBits.h"
 #include "flio/flaDump.h"
 #include "flio/flaFilter.h"

@@ -1,7 +1,7 @@
 // flio: every public class of the library in one include.
 #pragma once
 
-#include "flio/PL_FileSpec.h"
+#include "flio/PL_File.h"
 #include "flio/UT_SharedPtr.h"
 #include "flio/UT_String.h"
 #include "flio/flaAction.h"

@@ -4,7 +4,7 @@
 
 #include "commands.h"
 #include "demo_movie.h"
-#include "flio/PL_FileSpec.h"
+#include "flio/PL_File.h"
 #include "flio/flaDump.h"
 #include "flio/flaMovie.h"
 

@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "flio/PL_FileSpec.h"
+#include "flio/PL_File.h"
 #include "flio/flaGeometry.h"
 #include "flio/flaText.h"
 

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "commands.h"
-#include "flio/PL_FileSpec.h"
+#include "flio/PL_File.h"
 #include "flio/flaDump.h"
 #include "flio/flaMovie.h"
 #include "model_util.h"

@@ -1,4 +1,4 @@
-#include "flio/PL_FileSpec.h"
+#include "flio/PL_File.h"
 
 #include <sys/stat.h>
 

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "flio/flaGeometry.h"
+#include "tests/corpus_util.h"
 #include "flio/flaRead.h"
 
 namespace fs = std::filesystem;
@@ -24,24 +25,6 @@ flaShape::ShapeVersion VersionOf(int code) {
         case 22: return flaShape::DefineShape2;
         case 32: return flaShape::DefineShape3;
         default: return flaShape::DefineShape4;
-    }
-}
-
-// Walks a tag list (a file's or a sprite's) and hands every shape tag to visit.
-void WalkTags(flaRead& in, const std::function<void(int code, flaRead&)>& visit) {
-    while (in.ContainerBytesLeft() >= 2) {
-        const unsigned short code = in.GetTag();
-        if (code == 0) break;
-        const unsigned long end = in.GetTagEnd();
-        if (code == 2 || code == 22 || code == 32 || code == 83) {
-            visit(code, in);
-        } else if (code == 39 && in.DataSize() >= 4) {
-            in.GetWord();
-            in.GetWord();
-            flaRead::ContainerScope scope(in);
-            WalkTags(in, visit);
-        }
-        in.Seek(end);
     }
 }
 
@@ -71,7 +54,7 @@ std::vector<std::unique_ptr<flaGeometry>> CollectCorpusShapes() {
             in.GetWord();
             in.GetWord();
             in.SetScaling(1.0f / 20.0f / 550.0f);
-            WalkTags(in, [&](int code, flaRead& r) {
+            flio_test::WalkShapeTags(in, [&](int code, flaRead& r) {
                 const int id = r.GetWord();
                 auto g = std::make_unique<flaGeometry>(id, r, code != 2 && code != 22, VersionOf(code));
                 try {

@@ -118,18 +118,6 @@ void flaSound::DumpSoundStreamBlockInFile(flaDump& dump, const flaBuffer& block)
 
 namespace {
 
-// The fields of the format byte as read from a file.
-struct FormatFields {
-    unsigned int format;
-    unsigned int rate;
-    unsigned short sampleSize;
-    unsigned short channels;
-};
-
-FormatFields SplitFormatByte(unsigned char b) {
-    return FormatFields{static_cast<unsigned int>(b >> 4), kRates[(b >> 2) & 3u],
-                        static_cast<unsigned short>((b & 2u) ? 16 : 8), static_cast<unsigned short>((b & 1u) + 1)};
-}
 
 // The declared length of uncompressed samples, computed wide (it can exceed 32
 // bits) and cut back to what a block may hold; flaBuffer::Read caps it further.
@@ -140,15 +128,21 @@ unsigned int DeclaredBytes(unsigned short sampleSize, unsigned short channels, u
 
 }  // namespace
 
+unsigned int flaSound::ReadFormatByte(flaRead& reader) {
+    const unsigned char b = reader.GetByte();
+    const unsigned int format = b >> 4;
+    if (format <= MP3) compressFormat = static_cast<CompressFormat_e>(format);  // others leave it as it was
+    sampleRate = kRates[(b >> 2) & 3u];
+    sampleSize = static_cast<unsigned short>((b & 2u) ? 16 : 8);
+    channels = static_cast<unsigned short>((b & 1u) + 1);
+    return format;
+}
+
 void flaSound::ReadSoundFromFile(flaRead& reader) {
     soundId = reader.GetWord();
-    const FormatFields f = SplitFormatByte(reader.GetByte());
-    if (f.format <= MP3) compressFormat = static_cast<CompressFormat_e>(f.format);
-    sampleRate = f.rate;
-    sampleSize = f.sampleSize;
-    channels = f.channels;
+    const unsigned int format = ReadFormatByte(reader);
     sampleCount = reader.GetDWord();
-    switch (f.format) {
+    switch (format) {
         case NotCompressed: {
             // An uncompressed event sound gets at least its declared length.
             unsigned int wanted = static_cast<unsigned int>(reader.DataSize());
@@ -175,11 +169,7 @@ void flaSound::ReadSoundFromFile(flaRead& reader) {
 void flaSound::ReadSoundStreamFromFile(bool /*kind*/, flaRead& reader) {
     isStream = true;
     streamPlayback = reader.GetByte();
-    const FormatFields f = SplitFormatByte(reader.GetByte());
-    if (f.format <= MP3) compressFormat = static_cast<CompressFormat_e>(f.format);
-    sampleRate = f.rate;
-    sampleSize = f.sampleSize;
-    channels = f.channels;
+    ReadFormatByte(reader);
     sampleCount = reader.GetWord();
 }
 

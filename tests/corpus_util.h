@@ -3,8 +3,11 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
+
+#include "flio/flaRead.h"
 
 namespace flio_test {
 
@@ -16,6 +19,26 @@ inline std::vector<std::string> CorpusFiles() {
         if (e.is_regular_file() && e.path().extension() == ".swf") files.push_back(e.path().string());
     std::sort(files.begin(), files.end());
     return files;
+}
+
+// Walks a tag list (a file's, or a sprite's) and hands every DefineShape,
+// DefineShape2, DefineShape3 and DefineShape4 tag to visit, the reader standing at
+// the tag's body.
+inline void WalkShapeTags(flaRead& in, const std::function<void(int code, flaRead&)>& visit) {
+    while (in.ContainerBytesLeft() >= 2) {
+        const unsigned short code = in.GetTag();
+        if (code == 0) break;
+        const unsigned long end = in.GetTagEnd();
+        if (code == 2 || code == 22 || code == 32 || code == 83) {
+            visit(code, in);
+        } else if (code == 39 && in.DataSize() >= 4) {
+            in.GetWord();  // sprite id
+            in.GetWord();  // frame count
+            flaRead::ContainerScope scope(in);
+            WalkShapeTags(in, visit);
+        }
+        in.Seek(end);
+    }
 }
 
 }  // namespace flio_test

@@ -16,24 +16,6 @@
 
 namespace {
 
-// Walks a tag list (the file's, or a sprite's) and hands every shape tag to visit.
-void WalkTags(flaRead& in, const std::function<void(int code, flaRead&)>& visit) {
-    while (in.ContainerBytesLeft() >= 2) {
-        const unsigned short code = in.GetTag();
-        if (code == 0) break;
-        const unsigned long end = in.GetTagEnd();
-        if (code == 2 || code == 22 || code == 32 || code == 83) {
-            visit(code, in);
-        } else if (code == 39 && in.DataSize() >= 4) {
-            in.GetWord();  // sprite id
-            in.GetWord();  // frame count
-            flaRead::ContainerScope scope(in);
-            WalkTags(in, visit);
-        }
-        in.Seek(end);
-    }
-}
-
 // The extent of what the strokes draw: anchors, plus the extremes of each quadratic
 // curve in place of its control point (which usually lies outside the shape).
 flaBoundingBox DrawnBounds(const flaGeometry& g) {
@@ -82,7 +64,7 @@ TEST(ShapeCorpus, EveryShapeDecodesWithinItsBounds) {
             continue;  // the deliberately malformed files of the corpus
         }
         try {
-            WalkTags(*in, [&](int code, flaRead& r) {
+            flio_test::WalkShapeTags(*in, [&](int code, flaRead& r) {
                 const auto version = code == 2    ? flaShape::DefineShape
                                      : code == 22 ? flaShape::DefineShape2
                                      : code == 32 ? flaShape::DefineShape3

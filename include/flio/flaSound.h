@@ -95,6 +95,9 @@ public:
     flaBuffer* ReadSoundStreamBlockFromFile(flaRead& reader);  // owned by the caller
 
 private:
+    // The format, rate, size and channel fields of a DefineSound or stream head;
+    // returns the format as read (unknown formats leave compressFormat as it was).
+    unsigned int ReadFormatByte(flaRead& reader);
     unsigned int costCode = 0;
     bool supported = false;
     bool alreadyDumped = false;

@@ -19,15 +19,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-flaShape::ShapeVersion VersionOf(int code) {
-    switch (code) {
-        case 2: return flaShape::DefineShape;
-        case 22: return flaShape::DefineShape2;
-        case 32: return flaShape::DefineShape3;
-        default: return flaShape::DefineShape4;
-    }
-}
-
 // Every shape of the corpus that decodes, still undecoded (each holds its tag bytes).
 std::vector<std::unique_ptr<flaGeometry>> CollectCorpusShapes() {
     std::vector<fs::path> files;
@@ -54,9 +45,9 @@ std::vector<std::unique_ptr<flaGeometry>> CollectCorpusShapes() {
             in.GetWord();
             in.GetWord();
             in.SetScaling(1.0f / 20.0f / 550.0f);
-            flio_test::WalkShapeTags(in, [&](int code, flaRead& r) {
+            flio_test::WalkShapeTags(in, [&](flaShape::ShapeVersion version, bool alpha, flaRead& r) {
                 const int id = r.GetWord();
-                auto g = std::make_unique<flaGeometry>(id, r, code != 2 && code != 22, VersionOf(code));
+                auto g = std::make_unique<flaGeometry>(id, r, alpha, version);
                 try {
                     g->BuildBloated();  // keep only the shapes that decode
                     g->DestroyBloated();

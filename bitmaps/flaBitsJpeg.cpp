@@ -9,13 +9,7 @@
 #include "flio/flaBits.h"
 #include "flio/flaDump.h"
 #include "flio/flaRead.h"
-
-namespace {
-
-const unsigned short kDefineBitsJPEG2Header = (21 << 6) | 63;  // 1407
-const unsigned short kDefineBitsJPEG3Header = (35 << 6) | 63;  // 2303
-
-}  // namespace
+#include "io/flaFormat.h"
 
 flaBitsJpegBase::flaBitsJpegBase(unsigned int costCode_, char* data_, unsigned int size)
     : dataSize(size), data(data_) {
@@ -27,8 +21,8 @@ flaBitsJpegBase::~flaBitsJpegBase() { delete[] data; }
 bool flaBitsJpegBase::DumpInFileBase(flaDump& dump, unsigned short tagHeaderWord) const {
     const unsigned int bytes = data ? dataSize : 0;
     dump.SetCostCode(costCode);
-    dump.DataU16(tagHeaderWord);  // always the long form
-    dump.DataU32(static_cast<unsigned long>(bytes) + 2u);
+    // Always the long form, whatever the length.
+    dump.TagHeader(tagHeaderWord >> flaFormat::TagCodeShift, bytes + 2u, true);
     dump.DataU16(static_cast<unsigned short>(id));
     dump.ChunkDump(data, bytes);
     dump.SetCostCode(0);
@@ -47,7 +41,7 @@ bool flaBitsJpegBase::ReadFromFile(flaRead& reader) {
     return true;
 }
 
-bool flaBitsJpeg2::DumpInFile(flaDump& dump) const { return DumpInFileBase(dump, kDefineBitsJPEG2Header); }
+bool flaBitsJpeg2::DumpInFile(flaDump& dump) const { return DumpInFileBase(dump, flaFormat::LongHeaderWord(flaFormat::DefineBitsJPEG2)); }
 
 bool flaBitsJpeg2::InitJpegData(JPEGData& out) const {
     if (dataSize < 5 || data == nullptr) return false;
@@ -65,7 +59,7 @@ bool flaBitsJpeg2::InitJpegData(JPEGData& out) const {
     return true;
 }
 
-bool flaBitsJpeg3::DumpInFile(flaDump& dump) const { return DumpInFileBase(dump, kDefineBitsJPEG3Header); }
+bool flaBitsJpeg3::DumpInFile(flaDump& dump) const { return DumpInFileBase(dump, flaFormat::LongHeaderWord(flaFormat::DefineBitsJPEG3)); }
 
 bool flaBitsJpeg3::InitJpegData(JPEGData& out) const {
     if (data == nullptr || dataSize < 4) return false;

@@ -7,16 +7,11 @@
 #include "flio/flaBits.h"
 #include "flio/flaDump.h"
 #include "flio/flaMovie.h"
-
-namespace {
-
-const unsigned short kDefineBitsHeader = (6 << 6) | 63;  // 447
-
-}  // namespace
+#include "io/flaFormat.h"
 
 flaBitsJpeg::flaBitsJpeg(const flaMovie& movie_) : movie(&movie_) {}
 
-bool flaBitsJpeg::DumpInFile(flaDump& dump) const { return DumpInFileBase(dump, kDefineBitsHeader); }
+bool flaBitsJpeg::DumpInFile(flaDump& dump) const { return DumpInFileBase(dump, flaFormat::LongHeaderWord(flaFormat::DefineBits)); }
 
 bool flaBitsJpeg::CheckBeginOfStreamTag() const {
     if (data == nullptr || dataSize < 2) return false;

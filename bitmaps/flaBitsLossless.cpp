@@ -6,26 +6,24 @@
 #include "flio/flaBits.h"
 #include "flio/flaDump.h"
 #include "flio/flaRead.h"
+#include "io/flaFormat.h"
 
 namespace {
 
-const unsigned short kDefineBitsLosslessHeader = (20 << 6) | 63;   // 1343
-const unsigned short kDefineBitsLossless2Header = (36 << 6) | 63;  // 2367
-const unsigned int kColorMapped = 3;
+const unsigned int kColorMapped = flaFormat::BitmapFormat::ColorMapped8;
 
 }  // namespace
 
-bool flaBitsLossless::DumpInFile(flaDump& dump) { return DumpInFileWithCode(dump, kDefineBitsLosslessHeader); }
+bool flaBitsLossless::DumpInFile(flaDump& dump) { return DumpInFileWithCode(dump, flaFormat::DefineBitsLossless); }
 
-bool flaBitsLossless2::DumpInFile(flaDump& dump) { return DumpInFileWithCode(dump, kDefineBitsLossless2Header); }
+bool flaBitsLossless2::DumpInFile(flaDump& dump) { return DumpInFileWithCode(dump, flaFormat::DefineBitsLossless2); }
 
-bool flaBitsLossless::DumpInFileWithCode(flaDump& dump, unsigned short tagHeaderWord) {
+bool flaBitsLossless::DumpInFileWithCode(flaDump& dump, unsigned short tagCode) {
     const unsigned int bytes = data ? dataSize : 0;
     const bool colorMapped = format == kColorMapped;
     dump.SetCostCode(costCode);
     // Always the long form, whatever the length.
-    dump.DataU16(tagHeaderWord);
-    dump.DataU32(static_cast<unsigned long>(bytes) + (colorMapped ? 8u : 7u));
+    dump.TagHeader(tagCode, bytes + (colorMapped ? 8u : 7u), true);
     dump.DataU16(static_cast<unsigned short>(id));
     dump.DataU8(static_cast<unsigned char>(format));
     dump.DataU16(static_cast<unsigned short>(width));

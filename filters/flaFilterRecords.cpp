@@ -11,15 +11,13 @@
 #include "flio/flaDump.h"
 #include "flio/flaFilter.h"
 #include "flio/flaRead.h"
+#include "io/flaFormat.h"
 
 namespace FLIO {
 
 namespace {
 
-const unsigned char kInner = 0x80;
-const unsigned char kKnockout = 0x40;
-const unsigned char kCompositeSource = 0x20;
-const unsigned char kOnTop = 0x10;
+namespace FilterFlag = flaFormat::FilterFlag;
 
 unsigned char Capped(unsigned char passes, unsigned char cap) { return std::min(passes, cap); }
 
@@ -27,10 +25,10 @@ unsigned char Capped(unsigned char passes, unsigned char cap) { return std::min(
 // bit is written as 1 whatever the filter holds; the pass count is OR-ed in as the
 // caller prepared it.
 void DumpFlags(flaDump& dump, bool inner, bool knockout, bool onTop, unsigned char passes) {
-    unsigned char flags = kCompositeSource;
-    if (inner) flags |= kInner;
-    if (knockout) flags |= kKnockout;
-    if (onTop) flags |= kOnTop;
+    unsigned char flags = FilterFlag::CompositeSource;
+    if (inner) flags |= FilterFlag::Inner;
+    if (knockout) flags |= FilterFlag::Knockout;
+    if (onTop) flags |= FilterFlag::OnTop;
     dump.DataU8(static_cast<unsigned char>(flags | passes));
 }
 
@@ -225,7 +223,7 @@ void flaFilterConvolution::DumpInFile(flaDump& dump) const {
     dump.DataFloat(bias);
     for (float v : matrix) dump.DataFloat(v);
     defaultColour.DumpInFile(dump);
-    dump.DataU8(static_cast<unsigned char>((clamp ? 0x02 : 0) | (preserveAlpha ? 0x01 : 0)));
+    dump.DataU8(static_cast<unsigned char>((clamp ? FilterFlag::Clamp : 0) | (preserveAlpha ? FilterFlag::PreserveAlpha : 0)));
 }
 
 // FLOAT values go through the bit reader, most significant byte first, while the

@@ -10,6 +10,7 @@
 
 #include "flio/PL_File.h"
 #include "io/flaConvert.h"
+#include "io/flaFormat.h"
 
 using flio_detail::TruncToInt64;
 
@@ -217,6 +218,31 @@ void flaDump::FixData(int at, const char* data, int width, int bitCount, bool bi
     position = savedPosition;
     acc = savedAcc;
     accBits = savedBits;
+}
+
+void flaDump::TagHeader(unsigned int code, std::uint32_t length, bool longForm) {
+    if (longForm || length >= flaFormat::LongLength) {
+        DataU16(flaFormat::LongHeaderWord(code));
+        DataU32(length);
+    } else {
+        DataU16(flaFormat::HeaderWord(code, length));
+    }
+}
+
+flaDump::TagStart flaDump::BeginTag(unsigned int code, bool longForm) {
+    const TagStart tag{GetCurrentPosition(), code, longForm};
+    DataU16(flaFormat::HeaderWord(code, longForm ? flaFormat::LongLength : 0));
+    if (longForm) DataU32(0UL);  // the length, patched by EndTag
+    return tag;
+}
+
+void flaDump::EndTag(const TagStart& tag) {
+    const int header = tag.longForm ? 6 : 2;
+    const auto body = static_cast<std::uint32_t>(GetCurrentPosition() - tag.position - header);
+    if (tag.longForm)
+        PatchU32(tag.position + 2, body);
+    else
+        PatchU16(tag.position, flaFormat::HeaderWord(tag.code, body & 0xFF));
 }
 
 void flaDump::TransformCoordFromPegSide(int& x, int& y) const {

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "io/flaFormat.h"
+
 namespace {
 
 std::string Where(std::uint32_t position, std::uint32_t limit) {
@@ -318,6 +320,27 @@ unsigned short flaRead::GetTag() {
     tagEnd = position + length;
     limit = tagEnd;
     return code;
+}
+
+bool flaRead::IsEndTag(unsigned short code) { return code == flaFormat::End; }
+
+flaRead::FileHeader flaRead::GetFileHeader() {
+    unsigned char raw[8];
+    GetHeader(raw);
+    FileHeader h;
+    std::memcpy(h.signature, raw, 3);
+    h.version = raw[3];
+    h.fileLength = static_cast<std::uint32_t>(raw[4]) | (static_cast<std::uint32_t>(raw[5]) << 8) |
+                   (static_cast<std::uint32_t>(raw[6]) << 16) | (static_cast<std::uint32_t>(raw[7]) << 24);
+    return h;
+}
+
+flaRead::MovieHeader flaRead::GetMovieHeader() {
+    MovieHeader h;
+    GetRect(&h.stage);
+    h.frameRate = GetWord();
+    h.frameCount = GetWord();
+    return h;
 }
 
 void flaRead::GetRect(SRECT* out) {

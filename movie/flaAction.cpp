@@ -1,6 +1,7 @@
 #include "flio/flaAction.h"
 
 #include "flio/flaDump.h"
+#include "io/flaFormat.h"
 
 flaActionRecord::~flaActionRecord() = default;
 
@@ -8,14 +9,11 @@ void flaActionRecord::DumpExtraActionInfoInFile(flaDump&) const {}
 
 void flaActionRecord::DumpActionRecordInFile(flaDump& dump) const {
     const int start = dump.GetCurrentPosition();
-    const bool hasLength = actionCode >= 0x80;
+    const bool hasLength = actionCode >= flaFormat::ActionHasLength;
     dump.DataU8(actionCode);
-    if (hasLength) dump.DataU16(static_cast<unsigned short>(0));
+    if (hasLength) dump.DataU16(static_cast<unsigned short>(0));  // payload length, patched below
     DumpExtraActionInfoInFile(dump);
-    if (hasLength) {
-        const auto length = static_cast<unsigned short>(dump.GetCurrentPosition() - start - 3);
-        dump.FixData(start + 1, reinterpret_cast<const char*>(&length), 16, 16, false);
-    }
+    if (hasLength) dump.PatchU16(start + 1, static_cast<std::uint16_t>(dump.GetCurrentPosition() - start - 3));
 }
 
 void flaActionGotoFrame::DumpExtraActionInfoInFile(flaDump& dump) const {
@@ -34,13 +32,10 @@ void flaAction::AddActionRecord(flaActionRecord* record) {
 
 void flaAction::DumpDoActionTag(flaDump& dump) const {
     if (records.empty()) return;
-    const int start = dump.GetCurrentPosition();
-    dump.DataU16(static_cast<unsigned short>((12 << 6) | 63));
-    dump.DataU32(0UL);
+    const flaDump::TagStart tag = dump.BeginTag(flaFormat::DoAction);
     for (const flaActionRecord* r : records) r->DumpActionRecordInFile(dump);
     // ActionEnd, then the second byte of the closing 16-bit field.
     dump.DataU8(static_cast<unsigned char>(0));
     dump.DataU8(static_cast<unsigned char>(0));
-    const auto length = static_cast<unsigned int>(dump.GetCurrentPosition() - start - 6);
-    dump.FixData(start + 2, reinterpret_cast<const char*>(&length), 32, 32, false);
+    dump.EndTag(tag);
 }

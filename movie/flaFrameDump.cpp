@@ -7,24 +7,12 @@
 #include "flio/flaCharacter.h"
 #include "flio/flaDump.h"
 #include "flio/flaFrame.h"
+#include "io/flaFormat.h"
 
 namespace {
 
-const unsigned short kPlaceObject2Word = 26 << 6;         // 1664, length patched in
-const unsigned short kPlaceObject3Word = (70 << 6) | 63;  // 4543, long form
-const unsigned short kRemoveObject2Word = (28 << 6) | 2;  // 1794
-const unsigned short kSetBackgroundWord = (9 << 6) | 3;   // 579
-const unsigned short kShowFrameWord = 1 << 6;             // 64
-
-// PlaceObject flag bits.
-const unsigned char kMove = 0x01;
-const unsigned char kHasCharacter = 0x02;
-const unsigned char kHasMatrix = 0x04;
-const unsigned char kHasColorXForm = 0x08;
-const unsigned char kHasName = 0x20;
-const unsigned char kHasClipDepth = 0x40;
-const unsigned char kHasFilterList = 0x01;  // second PlaceObject3 flags byte
-const unsigned char kHasBlendMode = 0x02;
+namespace Place = flaFormat::Place;
+namespace Place3 = flaFormat::Place3;
 
 bool StartsSprite(const flaCharacterInfo& e) {
     return e.GetCharacter()->IsSprite() && e.GetStartIndex() != flaCharacterInfo::NoStartAction;
@@ -101,7 +89,7 @@ void flaFrame::DumpFrameInFile(flaDump& dump, const flaFrame* previous, bool wri
 
     if (writeBackground && (!previous || background != previous->background)) DumpBGColourInFile(dump);
     actions.DumpDoActionTag(dump);
-    dump.DataU16(kShowFrameWord);
+    dump.TagHeader(flaFormat::ShowFrame, 0);
     dump.SetCostCode(0);
 }
 
@@ -117,23 +105,20 @@ void flaFrame::DumpMatrixCharacterInFrame(flaDump& dump, const flaCharacterInfo*
     const bool clip = info->GetClipDepth() != 0;
     const bool extended = info->HasFilterList() || info->HasBlendMode();
 
-    unsigned char flags = static_cast<unsigned char>((move ? kMove : kHasCharacter) | kHasMatrix);
-    if (clip) flags |= kHasClipDepth;
-    if (writeCx) flags |= kHasColorXForm;
-    if (sprite) flags |= kHasName;
+    unsigned char flags = static_cast<unsigned char>((move ? Place::Move : Place::HasCharacter) | Place::HasMatrix);
+    if (clip) flags |= Place::HasClipDepth;
+    if (writeCx) flags |= Place::HasColorXForm;
+    if (sprite) flags |= Place::HasName;
 
-    const int start = dump.GetCurrentPosition();
+    // PlaceObject3 in the long form; PlaceObject2 in the short form whatever its
+    // length, as the format's original writer did (see flaDump::EndTag).
+    const flaDump::TagStart tag = dump.BeginTag(extended ? flaFormat::PlaceObject3 : flaFormat::PlaceObject2, extended);
+    dump.DataU8(flags);
     if (extended) {
-        dump.DataU16(kPlaceObject3Word);
-        dump.DataU32(0UL);
-        dump.DataU8(flags);
         unsigned char flags2 = 0;
-        if (info->HasBlendMode()) flags2 |= kHasBlendMode;
-        if (info->HasFilterList()) flags2 |= kHasFilterList;
+        if (info->HasBlendMode()) flags2 |= Place3::HasBlendMode;
+        if (info->HasFilterList()) flags2 |= Place3::HasFilterList;
         dump.DataU8(flags2);
-    } else {
-        dump.DataU16(kPlaceObject2Word);
-        dump.DataU8(flags);
     }
     dump.DataU16(static_cast<unsigned short>(info->GetDepth()));
     if (!move) dump.DataU16(static_cast<unsigned short>(character->GetId()));
@@ -148,24 +133,17 @@ void flaFrame::DumpMatrixCharacterInFrame(flaDump& dump, const flaCharacterInfo*
     if (extended) {
         if (info->HasFilterList()) info->DumpfilterListInFile(dump);
         if (info->HasBlendMode()) dump.DataU8(static_cast<unsigned char>(info->BlendMode()));
-        const auto length = static_cast<unsigned int>(dump.GetCurrentPosition() - start - 6);
-        dump.FixData(start + 2, reinterpret_cast<const char*>(&length), 32, 32, false);
-    } else {
-        // The short header is kept even for bodies of 63 bytes or more, with the
-        // length masked to 8 bits: the format's original writer did so.
-        const int body = dump.GetCurrentPosition() - start - 2;
-        const auto word = static_cast<unsigned short>(kPlaceObject2Word | (body & 0xFF));
-        dump.FixData(start, reinterpret_cast<const char*>(&word), 16, 16, false);
     }
+    dump.EndTag(tag);
 }
 
 void flaFrame::RemoveOneCharacter(flaDump& dump, int depth) const {
-    dump.DataU16(kRemoveObject2Word);
+    dump.TagHeader(flaFormat::RemoveObject2, flaFormat::RemoveObject2Length);
     dump.DataU16(static_cast<unsigned short>(depth));
 }
 
 void flaFrame::DumpBGColourInFile(flaDump& dump) const {
-    dump.DataU16(kSetBackgroundWord);
+    dump.TagHeader(flaFormat::SetBackgroundColor, flaFormat::SetBackgroundColorLength);
     dump.DataU8(background.r);
     dump.DataU8(background.g);
     dump.DataU8(background.b);

@@ -9,18 +9,12 @@
 #include "flio/flaDump.h"
 #include "flio/flaFrame.h"
 #include "flio/flaMovie.h"
+#include "io/flaFormat.h"
 
 namespace {
 
-const unsigned short kJPEGTablesWord = (8 << 6) | 63;  // 575
-const unsigned short kEndWord = 0;
-
 // The largest stage extent in twips that a RECT with a 5-bit field width can hold.
 const std::int64_t kMaxTwips = (std::int64_t(1) << 30) - 1;
-
-void WriteBitField(flaDump& dump, std::uint32_t value, int bits) {
-    dump.DataU32(reinterpret_cast<const char*>(&value), bits, true);
-}
 
 }  // namespace
 
@@ -56,14 +50,9 @@ bool flaMovie::DumpMovieToBuffer(flaDump& dump) {
     dump.DataU8(static_cast<unsigned char>(9));
     dump.DataU32(2500UL);  // file length, patched at the end
 
-    const auto width = static_cast<std::uint32_t>(std::min<std::int64_t>(std::int64_t(frameSizeX) * 20, kMaxTwips));
-    const auto height = static_cast<std::uint32_t>(std::min<std::int64_t>(std::int64_t(frameSizeY) * 20, kMaxTwips));
-    const int nbits = flaDump::GetBitNumber(static_cast<int>(std::max(width, height))) + 1;
-    WriteBitField(dump, static_cast<std::uint32_t>(nbits), 5);
-    WriteBitField(dump, 0, nbits);
-    WriteBitField(dump, width, nbits);
-    WriteBitField(dump, 0, nbits);
-    WriteBitField(dump, height, nbits);
+    const auto width = static_cast<std::int32_t>(std::min<std::int64_t>(std::int64_t(frameSizeX) * 20, kMaxTwips));
+    const auto height = static_cast<std::int32_t>(std::min<std::int64_t>(std::int64_t(frameSizeY) * 20, kMaxTwips));
+    dump.DataRect(0, width, 0, height);
     dump.PadLastByte();
     dump.DataU16(static_cast<unsigned short>(frameRate << 8));
     dump.DataU16(static_cast<unsigned short>(frames.size()));
@@ -71,7 +60,15 @@ bool flaMovie::DumpMovieToBuffer(flaDump& dump) {
     DumpAllBitmap(dump);
     DumpAllFonts(dump);
     streamedSound.DumpHeader(dump);
+    DumpTimeline(dump, true);
 
+    if (exportPalette) paletteData.Dump(dump);
+    dump.TagHeader(flaFormat::End, 0);
+    dump.PatchU32(4, static_cast<std::uint32_t>(dump.GetCurrentPosition()));
+    return true;
+}
+
+void flaMovie::DumpTimeline(flaDump& dump, bool writeBackground) const {
     const flaFrame* previous = nullptr;
     for (const auto& framePtr : frames) {
         const flaFrame& frame = *framePtr;
@@ -79,25 +76,18 @@ bool flaMovie::DumpMovieToBuffer(flaDump& dump) {
             streamedSound.DumpBlock(dump, *frame.GetStreamedSound());
         for (unsigned int i = 0; i < frame.GetSoundCount(); ++i) {
             const flaSoundInfo* start = frame.GetSound(i);
+            // Each sound is defined once, just before its first start.
             if (flaSound* sound = GetSound(start->GetSoundId())) sound->DumpSoundInFile(dump);
             start->DumpSoundStartInFile(dump);
         }
-        frame.DumpFrameInFile(dump, previous, true);
+        frame.DumpFrameInFile(dump, previous, writeBackground);
         previous = &frame;
     }
-
-    if (exportPalette) paletteData.Dump(dump);
-    dump.DataU16(kEndWord);
-
-    const auto length = static_cast<std::uint32_t>(dump.GetCurrentPosition());
-    dump.FixData(4, reinterpret_cast<const char*>(&length), 32, 32, false);
-    return true;
 }
 
 void flaMovie::DumpAllBitmap(flaDump& dump) {
     if (jpegTables) {
-        dump.DataU16(kJPEGTablesWord);
-        dump.DataU32(static_cast<unsigned long>(jpegTablesLength));
+        dump.TagHeader(flaFormat::JPEGTables, jpegTablesLength, true);
         dump.ChunkDump(jpegTables, jpegTablesLength);
     }
     for (const flaBitsJpegBase* jpeg : jpegs) jpeg->DumpInFile(dump);

@@ -7,6 +7,7 @@
 #include "flio/flaMovie.h"
 #include "flio/flaRead.h"
 #include "flio/flaText.h"
+#include "io/flaFormat.h"
 
 flaFont& flaMovie::getFont(const fontInfo& face) { return fontTable.getFont(face, nextCharacterId); }
 
@@ -24,29 +25,30 @@ void flaMovie::buildBloatedFonts() { fontTable.buildBloatedFonts(); }
 
 void flaMovie::DumpAllFonts(flaDump& dump) { fontTable.DumpAllFonts(dump); }
 
+namespace {
+
 // Each font tag keeps its body until buildBloatedFonts.
-void flaMovie::ParseDefineFont(flaRead& reader) {
-    auto font = std::make_unique<ImportDefineFont>();
+template <typename Import>
+void ReadImportFont(flaMovie& movie, flaRead& reader, int tagCode) {
+    auto font = std::make_unique<Import>();
     font->ReadFromFile(reader);
-    AddImportFont(font.release(), 10);
+    movie.AddImportFont(font.release(), tagCode);
 }
 
+}  // namespace
+
+void flaMovie::ParseDefineFont(flaRead& reader) { ReadImportFont<ImportDefineFont>(*this, reader, flaFormat::DefineFont); }
+
 void flaMovie::ParseDefineFont2(flaRead& reader) {
-    auto font = std::make_unique<ImportDefineFont2>();
-    font->ReadFromFile(reader);
-    AddImportFont(font.release(), 48);
+    ReadImportFont<ImportDefineFont2>(*this, reader, flaFormat::DefineFont2);
 }
 
 void flaMovie::ParseDefineFontInfo(flaRead& reader) {
-    auto font = std::make_unique<ImportDefineFontInfo>();
-    font->ReadFromFile(reader);
-    AddImportFont(font.release(), 13);
+    ReadImportFont<ImportDefineFontInfo>(*this, reader, flaFormat::DefineFontInfo);
 }
 
 void flaMovie::ParseDefineFontInfo2(flaRead& reader) {
-    auto font = std::make_unique<ImportDefineFontInfo2>();
-    font->ReadFromFile(reader);
-    AddImportFont(font.release(), 62);
+    ReadImportFont<ImportDefineFontInfo2>(*this, reader, flaFormat::DefineFontInfo2);
 }
 
 void flaMovie::ParseDefineText(flaRead& reader) {

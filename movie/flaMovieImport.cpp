@@ -11,6 +11,7 @@
 #include "flio/flaFrame.h"
 #include "flio/flaMovie.h"
 #include "flio/flaRead.h"
+#include "io/flaFormat.h"
 
 namespace {
 
@@ -50,23 +51,19 @@ bool flaMovie::ReadMovie(flaRead& reader, Progress* progress) {
         std::printf("ERROR: file size is too short\n");
         return false;
     }
-    unsigned char header[8];
-    reader.GetHeader(header);
-    reader.SetVersion(header[3]);
-    const auto fileLength = static_cast<std::int32_t>(
-        static_cast<std::uint32_t>(header[4]) | (static_cast<std::uint32_t>(header[5]) << 8) |
-        (static_cast<std::uint32_t>(header[6]) << 16) | (static_cast<std::uint32_t>(header[7]) << 24));
-    if (fileLength < kMinFileLength) {
+    const flaRead::FileHeader file = reader.GetFileHeader();
+    reader.SetVersion(file.version);
+    if (static_cast<std::int32_t>(file.fileLength) < kMinFileLength) {
         std::printf("ERROR: file size is too short\n");
         return false;
     }
 
-    SRECT stage;
-    reader.GetRect(&stage);
+    const flaRead::MovieHeader header = reader.GetMovieHeader();
+    const SRECT& stage = header.stage;
     // 8.8 fixed rate: only the integer part counts; SetFrameRate ignores 0 and
     // anything above 100.
-    SetFrameRate(reader.GetWord() >> 8);
-    const unsigned short frameCount = reader.GetWord();
+    SetFrameRate(header.frameRate >> 8);
+    const unsigned short frameCount = header.frameCount;
 
     if (!frameSizeGiven) {
         const std::int64_t w = std::int64_t(stage.xmax) - stage.xmin;
@@ -93,55 +90,50 @@ bool flaMovie::ReadMovie(flaRead& reader, Progress* progress) {
 
 void flaMovie::ParseTags(flaRead& reader, Progress* progress) {
     // A file without an End tag stops at the end of its data.
-    while (reader.ContainerBytesLeft() >= 2) {
-        if (progress) {
-            float fraction = reader.Progress();
-            if (fraction > 1.0f) fraction = 1.0f;
-            if (!progress->Update(fraction)) break;
-        }
-        const unsigned short code = reader.GetTag();
-        const unsigned long end = reader.GetTagEnd();
-        DispatchTag(reader, code);
-        reader.Seek(end);
-        if (code == 0) break;
-    }
+    reader.WalkTags([this, &reader](unsigned short code) { DispatchTag(reader, code); },
+                    [&reader, progress] {
+                        if (!progress) return true;
+                        float fraction = reader.Progress();
+                        if (fraction > 1.0f) fraction = 1.0f;
+                        return progress->Update(fraction);
+                    });
 }
 
 // Tags that act on a timeline: the same for the movie and for its sprites' nested
 // tags. False for any other tag.
 bool flaMovie::DispatchTimelineTag(flaRead& reader, unsigned short code) {
     switch (code) {
-        case 1:
+        case flaFormat::ShowFrame:
             ParseShowFrame();
             return true;
-        case 4:
+        case flaFormat::PlaceObject:
             ParsePlaceObject(reader);
             return true;
-        case 5:
+        case flaFormat::RemoveObject:
             ParseRemoveObject(reader);
             return true;
-        case 12:  // DoAction: a sprite reports it in its parent's list
+        case flaFormat::DoAction:  // a sprite reports it in its parent's list
             GetUnsupported()->AddUnsupportedElement(flaUnsupported::Action);
             return true;
-        case 15:
+        case flaFormat::StartSound:
             ReadSoundStartFromFile(reader);
             return true;
-        case 18:
+        case flaFormat::SoundStreamHead:
             ParseSoundStreamHead(reader);
             return true;
-        case 19:
+        case flaFormat::SoundStreamBlock:
             ParseSoundStreamBlock(reader);
             return true;
-        case 26:
+        case flaFormat::PlaceObject2:
             ParsePlaceObject2(reader);
             return true;
-        case 28:
+        case flaFormat::RemoveObject2:
             ParseRemoveObject2(reader);
             return true;
-        case 45:
+        case flaFormat::SoundStreamHead2:
             ParseSoundStreamHead2(reader);
             return true;
-        case 70:
+        case flaFormat::PlaceObject3:
             ParsePlaceObject3(reader);
             return true;
         default:
@@ -152,79 +144,79 @@ bool flaMovie::DispatchTimelineTag(flaRead& reader, unsigned short code) {
 void flaMovie::DispatchTag(flaRead& reader, unsigned short code) {
     if (DispatchTimelineTag(reader, code)) return;
     switch (code) {
-        case 2:
+        case flaFormat::DefineShape:
             ParseDefineShape(reader, false, flaShape::DefineShape);
             break;
-        case 22:
+        case flaFormat::DefineShape2:
             ParseDefineShape(reader, false, flaShape::DefineShape2);
             break;
-        case 32:
+        case flaFormat::DefineShape3:
             ParseDefineShape(reader, true, flaShape::DefineShape3);
             break;
-        case 83:
+        case flaFormat::DefineShape4:
             ParseDefineShape(reader, true, flaShape::DefineShape4);
             break;
-        case 6:
+        case flaFormat::DefineBits:
             ParseDefineBits(reader);
             break;
-        case 7:   // DefineButton
-        case 17:  // DefineButtonSound
-        case 23:  // DefineButtonCxform
-        case 34:  // DefineButton2
+        case flaFormat::DefineButton:
+        case flaFormat::DefineButtonSound:
+        case flaFormat::DefineButtonCxform:
+        case flaFormat::DefineButton2:
             GetUnsupported()->AddUnsupportedElement(flaUnsupported::Button);
             break;
-        case 8:
+        case flaFormat::JPEGTables:
             ParseJPEGTables(reader);
             break;
-        case 9:
+        case flaFormat::SetBackgroundColor:
             ParseSetBackgroundColor(reader);
             break;
-        case 10:  // DefineFont
+        case flaFormat::DefineFont:
             ParseDefineFont(reader);
             break;
-        case 11:  // DefineText
+        case flaFormat::DefineText:
             ParseDefineText(reader);
             break;
-        case 13:  // DefineFontInfo
+        case flaFormat::DefineFontInfo:
             ParseDefineFontInfo(reader);
             break;
-        case 48:  // DefineFont2
+        case flaFormat::DefineFont2:
             ParseDefineFont2(reader);
             break;
-        case 62:  // DefineFontInfo2
+        case flaFormat::DefineFontInfo2:
             ParseDefineFontInfo2(reader);
             break;
-        case 14:
+        case flaFormat::DefineSound:
             ParseDefineSound(reader);
             break;
-        case 20:
+        case flaFormat::DefineBitsLossless:
             ParseDefineBitsLossless(reader);
             GetUnsupported()->AddUnsupportedElement(flaUnsupported::LosslessBitmap);
             break;
-        case 21:
+        case flaFormat::DefineBitsJPEG2:
             ParseDefineBitsJPEG2(reader);
             break;
-        case 33:  // DefineText2
-        case 37:  // DefineEditText
+        case flaFormat::DefineText2:
+        case flaFormat::DefineEditText:
             GetUnsupported()->AddUnsupportedElement(flaUnsupported::TextOrEditText);
             break;
-        case 35:
+        case flaFormat::DefineBitsJPEG3:
             ParseDefineBitsJPEG3(reader);
             break;
-        case 36:
+        case flaFormat::DefineBitsLossless2:
             ParseDefineBitsLossless2(reader);
             GetUnsupported()->AddUnsupportedElement(flaUnsupported::LosslessBitmap);
             break;
-        case 39:
+        case flaFormat::DefineSprite:
             ParseDefineSprite(reader);
             break;
-        case 46:  // DefineMorphShape
+        case flaFormat::DefineMorphShape:
             GetUnsupported()->AddUnsupportedElement(flaUnsupported::MorphShape);
             break;
-        case 731:
+        case flaFormat::PaletteData:
             ParsePaletteData(reader);
             break;
-        default:  // End, and everything else (84 to 730 and above 731 included) is skipped
+        default:  // End, and every other tag, is skipped
             break;
     }
 }

@@ -16,6 +16,10 @@
 #include "flio/flaRead.h"
 #include "flio/flaSound.h"
 #include "flio/flaSprite.h"
+#include "io/flaFormat.h"
+
+namespace Place = flaFormat::Place;
+namespace Place3 = flaFormat::Place3;
 
 struct flaMovie::PlaceFields {
     int depth = 0;
@@ -46,39 +50,37 @@ void flaMovie::ParseDefineSprite(flaRead& reader) {
     sprite.release();
 }
 
-void flaMovie::ParseDefineBits(flaRead& reader) {
-    std::unique_ptr<flaBitsJpeg> bits(new flaBitsJpeg(*this));
+namespace {
+
+// Lets a new bitmap read the rest of its tag and hands it to `add`, which takes it
+// over; a bitmap whose read fails is freed.
+template <typename Bits, typename Add>
+void ReadBitmap(std::unique_ptr<Bits> bits, flaRead& reader, Add add) {
     bits->ReadFromFile(reader);
-    AddJPEG(bits.get());
+    add(bits.get());
     bits.release();
+}
+
+}  // namespace
+
+void flaMovie::ParseDefineBits(flaRead& reader) {
+    ReadBitmap(std::make_unique<flaBitsJpeg>(*this), reader, [this](flaBitsJpeg* b) { AddJPEG(b); });
 }
 
 void flaMovie::ParseDefineBitsJPEG2(flaRead& reader) {
-    std::unique_ptr<flaBitsJpeg2> bits(new flaBitsJpeg2());
-    bits->ReadFromFile(reader);
-    AddJPEG(bits.get());
-    bits.release();
+    ReadBitmap(std::make_unique<flaBitsJpeg2>(), reader, [this](flaBitsJpeg2* b) { AddJPEG(b); });
 }
 
 void flaMovie::ParseDefineBitsJPEG3(flaRead& reader) {
-    std::unique_ptr<flaBitsJpeg3> bits(new flaBitsJpeg3());
-    bits->ReadFromFile(reader);
-    AddJPEG(bits.get());
-    bits.release();
+    ReadBitmap(std::make_unique<flaBitsJpeg3>(), reader, [this](flaBitsJpeg3* b) { AddJPEG(b); });
 }
 
 void flaMovie::ParseDefineBitsLossless(flaRead& reader) {
-    std::unique_ptr<flaBitsLossless> bits(new flaBitsLossless());
-    bits->ReadFromFile(reader);
-    AddBitsLossless(bits.get());
-    bits.release();
+    ReadBitmap(std::make_unique<flaBitsLossless>(), reader, [this](flaBitsLossless* b) { AddBitsLossless(b); });
 }
 
 void flaMovie::ParseDefineBitsLossless2(flaRead& reader) {
-    std::unique_ptr<flaBitsLossless2> bits(new flaBitsLossless2());
-    bits->ReadFromFile(reader);
-    AddBitsLossless2(bits.get());
-    bits.release();
+    ReadBitmap(std::make_unique<flaBitsLossless2>(), reader, [this](flaBitsLossless2* b) { AddBitsLossless2(b); });
 }
 
 void flaMovie::ParseDefineSound(flaRead& reader) {
@@ -154,26 +156,26 @@ void flaMovie::ParsePlaceObject(flaRead& reader) {
 }
 
 void flaMovie::ReadPlaceFields(flaRead& reader, unsigned char flags, PlaceFields& f) {
-    f.move = (flags & 0x01) != 0;
-    if (flags & 0x02) {
+    f.move = (flags & Place::Move) != 0;
+    if (flags & Place::HasCharacter) {
         f.hasCharacter = true;
         f.characterId = reader.GetWord();
     }
-    if (flags & 0x04) {
+    if (flags & Place::HasMatrix) {
         f.hasMatrix = true;
         f.matrix.ReadFromFile(reader);
     }
-    if (flags & 0x08) {
+    if (flags & Place::HasColorXForm) {
         f.hasColorXForm = true;
         f.colorXForm.ReadFromFile(reader, true);
     }
-    if (flags & 0x10) reader.GetWord();    // ratio, not kept
-    if (flags & 0x20) reader.GetString();  // instance name, not kept
-    if (flags & 0x40) {
+    if (flags & Place::HasRatio) reader.GetWord();  // not kept
+    if (flags & Place::HasName) reader.GetString();  // not kept
+    if (flags & Place::HasClipDepth) {
         f.hasClipDepth = true;
         f.clipDepth = reader.GetWord();
     }
-    // Clip actions (0x80) are skipped with the rest of the tag.
+    // Clip actions are skipped with the rest of the tag.
 }
 
 void flaMovie::ApplyPlacement(const PlaceFields& f) {
@@ -216,7 +218,8 @@ void flaMovie::ParsePlaceObject3(flaRead& reader) {
     // name; a tag whose fields do not fit this layout runs out of data and is
     // dropped, like a placement of an unknown character, instead of failing the movie.
     try {
-        if ((flags2 & 0x08) || ((flags2 & 0x10) && (flags1 & 0x02))) reader.GetString();  // class name
+        if ((flags2 & Place3::HasClassName) || ((flags2 & Place3::HasImage) && (flags1 & Place::HasCharacter)))
+            reader.GetString();  // class name
         ReadPlaceFields(reader, flags1, fields);
     } catch (const flaRead::readError&) {
         return;
@@ -227,7 +230,7 @@ void flaMovie::ParsePlaceObject3(flaRead& reader) {
     // still places its character.
     try {
         bool rest = true;
-        if (flags2 & 0x01) {
+        if (flags2 & Place3::HasFilterList) {
             const unsigned int count = reader.GetByte();
             for (unsigned int i = 0; i < count && rest; ++i) {
                 const auto type = static_cast<FLIO::flaFilter::FilterType>(reader.GetByte());
@@ -238,16 +241,18 @@ void flaMovie::ParsePlaceObject3(flaRead& reader) {
             }
         }
         if (rest) {
-            if (flags2 & 0x02) reader.SkipBytes(1);  // blend mode
-            if (flags2 & 0x04) reader.SkipBytes(1);  // bitmap cache
-            if (flags2 & 0x20) {
+            if (flags2 & Place3::HasBlendMode) reader.SkipBytes(1);
+            if (flags2 & Place3::HasCacheAsBitmap) reader.SkipBytes(1);
+            // The visibility flag is taken to bring both the visibility byte and
+            // the background colour: the layout of the format's original reader.
+            if (flags2 & Place3::HasVisible) {
                 reader.SkipBytes(1);
                 reader.GetColor(true);
             }
         }
     } catch (const flaRead::readError&) {
     }
-    if (flags1 & 0x80) std::printf("Clips Actions found\n");
+    if (flags1 & Place::HasClipActions) std::printf("Clips Actions found\n");
     ApplyPlacement(fields);
 }
 

@@ -19,17 +19,11 @@
 
 #include "flio/flaDump.h"
 #include "flio/flaRead.h"
+#include "io/flaFormat.h"
 
 namespace {
 
 const char kSignature[12] = {'Q', 'U', 'I', 'L', 'L', 'A', 'R', 'K', 'I', 'N', 'C', '\0'};
-const unsigned short kTagWord = (731 << 6) | 63;
-
-void PatchU32(flaDump& dump, int at, std::uint32_t value) {
-    const char bytes[4] = {static_cast<char>(value & 0xFF), static_cast<char>((value >> 8) & 0xFF),
-                           static_cast<char>((value >> 16) & 0xFF), static_cast<char>((value >> 24) & 0xFF)};
-    dump.FixData(at, bytes, 32, 32, false);
-}
 
 // 16-bit code units up to (not including) the first zero unit, then a zero unit.
 void DumpWide(flaDump& dump, const UT_String& s) {
@@ -135,7 +129,7 @@ void flaPalette::Dump(flaDump& dump) const {
     const int base = dump.GetCurrentPosition();
     for (std::size_t i = 0; i < colours.size(); ++i) {
         const ColourInfo& c = *colours[i];
-        PatchU32(dump, tableAt + static_cast<int>(4 * i), static_cast<std::uint32_t>(dump.GetCurrentPosition() - base));
+        dump.PatchU32(tableAt + static_cast<int>(4 * i), static_cast<std::uint32_t>(dump.GetCurrentPosition() - base));
         const auto id = static_cast<std::uint64_t>(c.colourId);
         for (int b = 0; b < 7; ++b) dump.DataU8(static_cast<unsigned char>((id >> (8 * b)) & 0xFF));
         // The eighth byte takes the id shifted by 54, not 56: the layout as it has
@@ -144,7 +138,7 @@ void flaPalette::Dump(flaDump& dump) const {
         DumpWide(dump, c.colourName);
         DumpWide(dump, c.palette->name);
     }
-    PatchU32(dump, lengthAt, static_cast<std::uint32_t>(dump.GetCurrentPosition() - lengthAt - 4));
+    dump.PatchU32(lengthAt, static_cast<std::uint32_t>(dump.GetCurrentPosition() - lengthAt - 4));
 }
 
 // Builds the palette from one block. Counts that the block cannot hold end the
@@ -239,12 +233,10 @@ flaPalette* flaQKData::GetPaletteInformation() {
 
 void flaQKData::Dump(flaDump& dump) const {
     if (!palette) return;
-    dump.DataU16(kTagWord);
-    const int lengthAt = dump.GetCurrentPosition();
-    dump.DataU32(0);
+    const flaDump::TagStart tag = dump.BeginTag(flaFormat::PaletteData);
     for (char c : kSignature) dump.DataU8(static_cast<unsigned char>(c));
     palette->Dump(dump);
-    PatchU32(dump, lengthAt, static_cast<std::uint32_t>(dump.GetCurrentPosition() - lengthAt - 4));
+    dump.EndTag(tag);
 }
 
 // Reads the body of a tag 731 whose header has been read. A foreign signature or

@@ -9,12 +9,7 @@
 #include "flio/flaDump.h"
 #include "flio/flaFrame.h"
 #include "flio/flaRead.h"
-
-namespace {
-
-const unsigned short kDefineSpriteWord = (39 << 6) | 63;  // 0x09FF, long form
-
-}  // namespace
+#include "io/flaFormat.h"
 
 flaSprite::flaSprite(int id_, flaMovie* parent_) : flaCharacter(id_), flaMovie(-1, -1), parent(parent_) {
     // The movie base registered the sprite as the current movie; a sprite is only
@@ -42,15 +37,9 @@ void flaSprite::ParseTags(flaRead& reader) {
     flaRead::ContainerScope scope(reader);
     declaredFrameCount = reader.GetWord();
     CreateImportFrames(declaredFrameCount);
-    while (reader.ContainerBytesLeft() >= 2) {
-        const unsigned short code = reader.GetTag();
-        const unsigned long end = reader.GetTagEnd();
-        // Only the timeline tags count inside a sprite; End, definitions (a sprite
-        // inside a sprite included) and the rest are passed over.
-        DispatchTimelineTag(reader, code);
-        reader.Seek(end);
-        if (code == 0) break;
-    }
+    // Only the timeline tags count inside a sprite; definitions (a sprite inside a
+    // sprite included) and the rest are passed over.
+    reader.WalkTags([this, &reader](unsigned short code) { DispatchTimelineTag(reader, code); });
 }
 
 void flaSprite::DumpCharacterInFile(flaDump& dump) const { DumpSpriteInFile(dump); }
@@ -64,23 +53,13 @@ void flaSprite::DumpSpriteInFile(flaDump& dump) const {
     }
 
     dump.SetCostCode(costCode);
-    const int start = dump.GetCurrentPosition();
-    dump.DataU16(kDefineSpriteWord);
-    dump.DataU32(0UL);  // length, patched below
+    const flaDump::TagStart tag = dump.BeginTag(flaFormat::DefineSprite);
     dump.DataU16(static_cast<unsigned short>(id));
     dump.DataU16(static_cast<unsigned short>(frames.size()));
     streamedSound.DumpHeader(dump);
-    const flaFrame* previous = nullptr;
-    for (const auto& framePtr : frames) {
-        const flaFrame& frame = *framePtr;
-        if (streamedSound.IsActive() && frame.GetStreamedSound())
-            streamedSound.DumpBlock(dump, *frame.GetStreamedSound());
-        for (unsigned int i = 0; i < frame.GetSoundCount(); ++i) frame.GetSound(i)->DumpSoundStartInFile(dump);
-        frame.DumpFrameInFile(dump, previous, false);
-        previous = &frame;
-    }
-    dump.DataU16(static_cast<unsigned short>(0));  // End
-    const auto length = static_cast<std::uint32_t>(dump.GetCurrentPosition() - start - 6);
-    dump.FixData(start + 2, reinterpret_cast<const char*>(&length), 32, 32, false);
+    // The sounds were defined above: the timeline writes only their starts.
+    DumpTimeline(dump, false);
+    dump.TagHeader(flaFormat::End, 0);
+    dump.EndTag(tag);
     dump.SetCostCode(0);
 }

@@ -33,7 +33,7 @@ void WritePair(flaDump& dump, double first, double second) {
     const std::int32_t a = TruncToInt32(first);
     const std::int32_t b = TruncToInt32(second);
     const double larger = std::fabs(first) > std::fabs(second) ? std::fabs(first) : std::fabs(second);
-    const int nbits = flaDump::GetBitNumber(TruncToInt32(larger)) + 1;
+    const int nbits = flaDump::GetSignedBitNumber(TruncToInt32(larger));
     dump.Bits(static_cast<std::uint32_t>(nbits), 5);
     dump.Bits(static_cast<std::uint32_t>(a), nbits);
     dump.Bits(static_cast<std::uint32_t>(b), nbits);

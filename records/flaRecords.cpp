@@ -47,26 +47,9 @@ double flaPoint::PointToLineDist(flaPoint* a, flaPoint* b) {
     return std::sqrt(static_cast<double>(dx) * dx + static_cast<double>(dy) * dy);
 }
 
-namespace {
-
-int Magnitude(std::int32_t v) {
-    const std::int64_t m = std::llabs(static_cast<std::int64_t>(v));
-    return m > INT32_MAX ? INT32_MAX : static_cast<int>(m);
-}
-
-}  // namespace
-
 void flaBoundingBox::DumpInFile(flaDump& dump, float maxLineWidth) const {
     const double k = static_cast<double>(dump.GetFrameSizeX()) * 20.0;
     const double h = static_cast<double>(maxLineWidth) * 0.5 * k;
-    std::int32_t v[4] = {RoundBySign(xMin * k - h, xMin), RoundBySign(xMax * k + h, xMax),
-                         RoundBySign(yMin * k - h, yMin), RoundBySign(yMax * k + h, yMax)};
-    int nbits = 0;
-    for (std::int32_t x : v) {
-        const int b = flaDump::GetBitNumber(Magnitude(x));
-        if (b > nbits) nbits = b;
-    }
-    nbits += 1;
-    dump.Bits(static_cast<std::uint32_t>(nbits), 5);
-    for (std::int32_t x : v) dump.Bits(static_cast<std::uint32_t>(x), nbits);
+    dump.DataRect(RoundBySign(xMin * k - h, xMin), RoundBySign(xMax * k + h, xMax), RoundBySign(yMin * k - h, yMin),
+                  RoundBySign(yMax * k + h, yMax));
 }

@@ -6,8 +6,12 @@
 #include "flio/flaGeometry.h"
 #include "flio/flaRead.h"
 #include "io/flaConvert.h"
+#include "io/flaFormat.h"
 
 namespace {
+
+namespace Fill = flaFormat::Fill;
+namespace ShapeRecord = flaFormat::ShapeRecord;
 
 // Pen arithmetic that cannot overflow on hostile data: the pen saturates instead.
 int AddClamped(int a, std::int32_t b) {
@@ -19,7 +23,7 @@ int AddClamped(int a, std::int32_t b) {
 
 unsigned int ReadStyleCount(flaRead& reader) {
     unsigned int n = reader.GetByte();
-    if (n == 0xFF) n = reader.GetWord();
+    if (n == flaFormat::ExtendedStyleCount) n = reader.GetWord();
     return n;
 }
 
@@ -64,17 +68,17 @@ bool flaGeometry::ParseShapeRecord(int& x, int& y, bool alpha, flaRead& in, flaG
         st.AddStrokeToGeometry();
         const std::uint32_t flags = in.GetBits(5);
         if (flags == 0) return true;
-        if (flags & 0x01) {
+        if (flags & ShapeRecord::MoveTo) {
             const long moveBits = static_cast<long>(in.GetBits(5));
             x = in.GetSBits(moveBits);
             y = in.GetSBits(moveBits);
         }
         st.NewStroke();
         st.AddPointToStroke(static_cast<float>(x), static_cast<float>(y));
-        if (flags & 0x02) st.SetLeftColour(static_cast<int>(in.GetBits(st.GetFillBits())));
-        if (flags & 0x04) st.SetRightColour(static_cast<int>(in.GetBits(st.GetFillBits())));
-        if (flags & 0x08) st.SetLineColour(static_cast<int>(in.GetBits(st.GetLineBits())));
-        if (flags & 0x10) {
+        if (flags & ShapeRecord::FillStyle0) st.SetLeftColour(static_cast<int>(in.GetBits(st.GetFillBits())));
+        if (flags & ShapeRecord::FillStyle1) st.SetRightColour(static_cast<int>(in.GetBits(st.GetFillBits())));
+        if (flags & ShapeRecord::LineStyle) st.SetLineColour(static_cast<int>(in.GetBits(st.GetLineBits())));
+        if (flags & ShapeRecord::NewStyles) {
             flaSubGeometry* sub = AddChildGeometry();
             st.SetSubGeometry(sub);
             sub->ParseShapeStyle(alpha, in, id, version);
@@ -88,7 +92,7 @@ bool flaGeometry::ParseShapeRecord(int& x, int& y, bool alpha, flaRead& in, flaG
 
     if (in.GetBits(1) == 1) {
         // Straight edge.
-        const long bits = static_cast<long>(in.GetBits(4)) + 2;
+        const long bits = static_cast<long>(in.GetBits(4)) + ShapeRecord::EdgeBitsBias;
         if (st.EdgeStyle() == flaStyle::Curved) {
             st.AddStrokeToGeometry();
             st.NewStroke();
@@ -111,7 +115,7 @@ bool flaGeometry::ParseShapeRecord(int& x, int& y, bool alpha, flaRead& in, flaG
     }
 
     // Curved edge: start (the pen), control, anchor.
-    const long bits = static_cast<long>(in.GetBits(4)) + 2;
+    const long bits = static_cast<long>(in.GetBits(4)) + ShapeRecord::EdgeBitsBias;
     if (st.EdgeStyle() != flaStyle::Curved) {
         st.AddStrokeToGeometry();
         st.NewStroke();
@@ -136,28 +140,29 @@ bool flaGeometry::ParseShapeRecord(int& x, int& y, bool alpha, flaRead& in, flaG
 void flaSubGeometry::ParseFillStyle(int characterId, flaRead& in, bool alpha) {
     const unsigned int type = in.GetByte();
     const int index = static_cast<int>(fills.GetSize()) + fillIndexBase;
-    if (type == 0x10 || type == 0x12 || type == 0x13) {
+    if (type == Fill::LinearGradient || type == Fill::RadialGradient || type == Fill::FocalRadialGradient) {
         flaMatrix matrix;
         matrix.ReadFromFile(in);
-        const unsigned int records = in.GetByte() & 0x0Fu;
+        const unsigned int records = in.GetByte() & flaFormat::GradientCountMask;
         flaGradientSteps steps;
         for (unsigned int i = 0; i < records; ++i) {
             const unsigned int ratio = in.GetByte();
             const FLIO::flaRGBA colour = in.GetColor(alpha);
             steps.Add(colour, static_cast<int>(ratio));  // stops past the eighth are dropped
         }
-        if (type == 0x13) in.GetFixed8();  // focal point, not kept
-        fills.Add(new flaColor(characterId, index, 0, type == 0x10 ? flaColor::LinearGradient : flaColor::RadialGradient,
-                               steps, matrix));
-    } else if ((type & 0x41u) == 0) {
+        if (type == Fill::FocalRadialGradient) in.GetFixed8();  // focal point, not kept
+        fills.Add(new flaColor(characterId, index, 0,
+                               type == Fill::LinearGradient ? flaColor::LinearGradient : flaColor::RadialGradient, steps,
+                               matrix));
+    } else if ((type & Fill::BitmapBits) == 0) {
         const FLIO::flaRGBA colour = in.GetColor(alpha);
         fills.Add(new flaColor(characterId, index, 0, flaColor::Solid, colour));
     } else {
-        // Every other type is a bitmap fill; only bit 0x40 decides the tiling.
+        // Every other type is a bitmap fill; only the tiling bit counts.
         const int bitmapId = in.GetWord();
         flaMatrix matrix;
         matrix.ReadFromFile(in);
-        fills.Add(new flaColor(characterId, index, 0, flaColor::Bitmap, (type & 0x40u) != 0, bitmapId, matrix));
+        fills.Add(new flaColor(characterId, index, 0, flaColor::Bitmap, (type & Fill::TiledBit) != 0, bitmapId, matrix));
     }
 }
 
@@ -173,9 +178,9 @@ void flaSubGeometry::ParseShapeStyle(bool alpha, flaRead& in, int characterId, f
         if (version == flaShape::DefineShape4) {
             const unsigned int flags = in.GetByte();
             in.GetByte();  // reserved bits, NoClose, EndCapStyle
-            const unsigned int join = (flags >> 4) & 3u;
-            const bool hasFill = (flags & 0x08u) != 0;
-            if (join == 2) in.GetWord();  // miter limit factor
+            const unsigned int join = (flags >> flaFormat::Line2::JoinShift) & 3u;
+            const bool hasFill = (flags & flaFormat::Line2::HasFill) != 0;
+            if (join == flaFormat::Line2::JoinMiter) in.GetWord();  // miter limit factor
             if (hasFill)
                 ParseFillStyle(characterId, in, alpha);
             else

@@ -8,30 +8,16 @@
 #include "flio/flaGeometry.h"
 #include "flio/flaRead.h"
 #include "io/flaConvert.h"
+#include "io/flaFormat.h"
 
 namespace {
 
-// The widest delta an edge record carries; larger deltas are cut to this width.
-const int MaxEdgeBits = 17;
+using flaFormat::ShapeRecord::MaxEdgeBits;
 
-// Writes the low `bits` bits of v (two's complement for negative values).
-void WriteField(flaDump& dump, std::uint32_t v, int bits) {
-    const unsigned char le[4] = {static_cast<unsigned char>(v & 0xFF), static_cast<unsigned char>((v >> 8) & 0xFF),
-                                 static_cast<unsigned char>((v >> 16) & 0xFF),
-                                 static_cast<unsigned char>((v >> 24) & 0xFF)};
-    dump.DataU32(reinterpret_cast<const char*>(le), bits, true);
-}
+// The low `bits` bits of v (two's complement for negative values).
+void WriteSigned(flaDump& dump, std::int64_t v, int bits) { dump.Bits(static_cast<std::uint32_t>(v), bits); }
 
-void WriteSigned(flaDump& dump, std::int64_t v, int bits) {
-    WriteField(dump, static_cast<std::uint32_t>(static_cast<std::uint64_t>(v) & 0xFFFFFFFFu), bits);
-}
-
-// Bit count of a magnitude, without the sign bit.
-int MagnitudeBits(std::int64_t v) {
-    std::int64_t m = v < 0 ? -v : v;
-    if (m > INT32_MAX) m = INT32_MAX;
-    return flaDump::GetBitNumber(static_cast<int>(m));
-}
+int SignedBits(std::int64_t v) { return flaDump::GetSignedBitNumber(v); }
 
 struct TwipPoint {
     std::int64_t x, y;
@@ -59,11 +45,11 @@ void WriteStraightEdge(flaDump& dump, const TwipPoint& to, TwipPoint& pen) {
     const std::int64_t dx = to.x - pen.x, dy = to.y - pen.y;
     pen = to;
     if (dx == 0 && dy == 0) return;
-    int bits = std::max(MagnitudeBits(dx), MagnitudeBits(dy)) + 1;
+    int bits = std::max(SignedBits(dx), SignedBits(dy));
     if (bits > MaxEdgeBits) bits = MaxEdgeBits;
     dump.Bit(true);  // edge record
     dump.Bit(true);  // straight
-    WriteField(dump, static_cast<std::uint32_t>(bits - 2), 4);
+    dump.Bits(static_cast<std::uint32_t>(bits - flaFormat::ShapeRecord::EdgeBitsBias), 4);
     if (dx == 0) {
         dump.Bit(false);  // not a general line
         dump.Bit(true);   // vertical
@@ -83,11 +69,11 @@ void WriteCurvedEdge(flaDump& dump, const TwipPoint& control, const TwipPoint& a
     const std::int64_t cx = control.x - pen.x, cy = control.y - pen.y;
     const std::int64_t ax = anchor.x - control.x, ay = anchor.y - control.y;
     pen = anchor;
-    int bits = std::max(std::max(MagnitudeBits(cx), MagnitudeBits(cy)), std::max(MagnitudeBits(ax), MagnitudeBits(ay))) + 1;
+    int bits = std::max(std::max(SignedBits(cx), SignedBits(cy)), std::max(SignedBits(ax), SignedBits(ay)));
     if (bits > MaxEdgeBits) bits = MaxEdgeBits;
     dump.Bit(true);   // edge record
     dump.Bit(false);  // curved
-    WriteField(dump, static_cast<std::uint32_t>(bits - 2), 4);
+    dump.Bits(static_cast<std::uint32_t>(bits - flaFormat::ShapeRecord::EdgeBitsBias), 4);
     WriteSigned(dump, cx, bits);
     WriteSigned(dump, cy, bits);
     WriteSigned(dump, ax, bits);
@@ -105,8 +91,8 @@ void flaSubGeometry::DumpStyleBits(flaDump& dump, int& fillBits, int& lineBits, 
         fillBits = fills.DumpStyleArray(dump);
         lineBits = lines.DumpStyleArray(dump);
     }
-    WriteField(dump, static_cast<std::uint32_t>(fillBits), 4);
-    WriteField(dump, static_cast<std::uint32_t>(lineBits), 4);
+    dump.Bits(static_cast<std::uint32_t>(fillBits), 4);
+    dump.Bits(static_cast<std::uint32_t>(lineBits), 4);
 }
 
 void flaSubGeometry::DumpStrokeList(flaDump& dump, int fillBits, int lineBits) const {
@@ -131,16 +117,16 @@ void flaSubGeometry::DumpStrokeList(flaDump& dump, int fillBits, int lineBits) c
             dump.Bit(leftChanged);
             dump.Bit(move);
             if (move) {
-                int moveBits = std::max(MagnitudeBits(start.x), MagnitudeBits(start.y)) + 1;
+                int moveBits = std::max(SignedBits(start.x), SignedBits(start.y));
                 if (moveBits > 31) moveBits = 31;
-                WriteField(dump, static_cast<std::uint32_t>(moveBits), 5);
+                dump.Bits(static_cast<std::uint32_t>(moveBits), 5);
                 WriteSigned(dump, start.x, moveBits);
                 WriteSigned(dump, start.y, moveBits);
                 pen = start;
             }
-            if (leftChanged) WriteField(dump, static_cast<std::uint32_t>(r.fill0Index), fillBits);
-            if (rightChanged) WriteField(dump, static_cast<std::uint32_t>(r.fill1Index), fillBits);
-            if (lineChanged) WriteField(dump, static_cast<std::uint32_t>(r.lineIndex), lineBits);
+            if (leftChanged) dump.Bits(static_cast<std::uint32_t>(r.fill0Index), fillBits);
+            if (rightChanged) dump.Bits(static_cast<std::uint32_t>(r.fill1Index), fillBits);
+            if (lineChanged) dump.Bits(static_cast<std::uint32_t>(r.lineIndex), lineBits);
             previous.CopyColorFrom(*r.style);
         }
 
@@ -167,17 +153,17 @@ void flaSubGeometry::Dump(flaDump& dump, int& fillBits, int& lineBits, bool glyp
     dump.Bit(true);    // fill style 1
     dump.Bit(true);    // fill style 0
     dump.Bit(true);    // move to (0, 0)
-    WriteField(dump, 2, 5);
-    WriteField(dump, 0, 2);
-    WriteField(dump, 0, 2);
-    WriteField(dump, 0, fillBits);
-    WriteField(dump, 0, fillBits);
-    WriteField(dump, 0, lineBits);
+    dump.Bits(2, 5);  // MoveBits
+    dump.Bits(0, 2);
+    dump.Bits(0, 2);
+    dump.Bits(0, fillBits);
+    dump.Bits(0, fillBits);
+    dump.Bits(0, lineBits);
     if (!glyph) {
         fillBits = fills.DumpStyleArray(dump);
         lineBits = lines.DumpStyleArray(dump);
-        WriteField(dump, static_cast<std::uint32_t>(fillBits), 4);
-        WriteField(dump, static_cast<std::uint32_t>(lineBits), 4);
+        dump.Bits(static_cast<std::uint32_t>(fillBits), 4);
+        dump.Bits(static_cast<std::uint32_t>(lineBits), 4);
     }
     DumpStrokeList(dump, fillBits, lineBits);
 }
@@ -193,7 +179,7 @@ void flaGeometry::DumpShapeBody(flaDump& dump, bool glyph) const {
         for (std::size_t i = 1; i < subGeometries.size(); ++i)
             subGeometries[i]->Dump(dump, fillBits, lineBits, glyph);
     }
-    WriteField(dump, 0, 6);  // end of shape
+    dump.Bits(0, 6);  // end of shape
     dump.PadLastByte();
 }
 
@@ -218,9 +204,7 @@ void flaGeometry::DumpCharacterInFile(flaDump& dump) const {
         return;
     }
 
-    const int start = dump.GetCurrentPosition();
-    dump.DataU16(static_cast<unsigned short>((32 << 6) | 63));  // DefineShape3, long form
-    dump.DataU32(0UL);                                           // length, patched below
+    const flaDump::TagStart tag = dump.BeginTag(flaFormat::DefineShape3);
     dump.DataU16(static_cast<unsigned short>(id));
     if (bbox.IsEmpty()) {
         flaBoundingBox zero;
@@ -229,11 +213,5 @@ void flaGeometry::DumpCharacterInFile(flaDump& dump) const {
     } else
         bbox.DumpInFile(dump, GetMaxLineWidth());
     DumpShapeBody(dump, false);
-
-    const std::uint32_t length = static_cast<std::uint32_t>(dump.GetCurrentPosition() - start - 6);
-    const unsigned char le[4] = {static_cast<unsigned char>(length & 0xFF),
-                                 static_cast<unsigned char>((length >> 8) & 0xFF),
-                                 static_cast<unsigned char>((length >> 16) & 0xFF),
-                                 static_cast<unsigned char>((length >> 24) & 0xFF)};
-    dump.FixData(start + 2, reinterpret_cast<const char*>(le), 32, 32, false);
+    dump.EndTag(tag);
 }

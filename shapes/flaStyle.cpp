@@ -5,6 +5,9 @@
 
 #include "flio/flaDump.h"
 #include "io/flaConvert.h"
+#include "io/flaFormat.h"
+
+namespace Fill = flaFormat::Fill;
 
 // ---- flaGradientSteps ----
 
@@ -89,7 +92,7 @@ void flaColor::Transform(const flaMatrix& m) {
 void flaColor::DumpColorInFile(flaDump& dump) const {
     switch (type) {
         case Solid:
-            dump.DataU8(static_cast<unsigned char>(0x00));
+            dump.DataU8(Fill::Solid);
             color.DumpInFile(dump);
             break;
         case Line: {
@@ -103,7 +106,7 @@ void flaColor::DumpColorInFile(flaDump& dump) const {
         }
         case LinearGradient:
         case RadialGradient: {
-            dump.DataU8(static_cast<unsigned char>(type == LinearGradient ? 0x10 : 0x12));
+            dump.DataU8(type == LinearGradient ? Fill::LinearGradient : Fill::RadialGradient);
             matrix.DumpInFile(dump);
             dump.DataU8(static_cast<unsigned char>(gradient.NbColours()));
             for (unsigned int i = 0; i < static_cast<unsigned int>(gradient.NbColours()); ++i) {
@@ -113,7 +116,7 @@ void flaColor::DumpColorInFile(flaDump& dump) const {
             break;
         }
         case Bitmap:
-            dump.DataU8(static_cast<unsigned char>(fillBitsTiled ? 0x40 : 0x41));
+            dump.DataU8(fillBitsTiled ? Fill::RepeatingBitmap : Fill::ClippedBitmap);
             dump.DataU16(static_cast<unsigned short>(bitmapId));
             matrix.DumpInFile(dump);
             break;
@@ -180,10 +183,10 @@ bool flaColorList::CheckColorAlreadyExist(const flaColor* colour) const {
 
 int flaColorList::DumpStyleArray(flaDump& dump) const {
     const unsigned int count = GetSize();
-    if (count < 255) {
+    if (count < flaFormat::ExtendedStyleCount) {
         dump.DataU8(static_cast<unsigned char>(count));
     } else {
-        dump.DataU8(static_cast<unsigned char>(0xFF));
+        dump.DataU8(flaFormat::ExtendedStyleCount);
         dump.DataU16(static_cast<unsigned short>(count));
     }
     for (const flaColor* c : colours) c->DumpColorInFile(dump);

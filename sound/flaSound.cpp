@@ -9,34 +9,23 @@
 #include "flio/flaDump.h"
 #include "flio/flaRead.h"
 #include "flio/flaSound.h"
+#include "io/flaFormat.h"
 
 namespace {
 
-const unsigned short kDefineSoundHeader = (14 << 6) | 63;       // 959
-const unsigned short kSoundStreamHead2Short = (45 << 6) | 4;    // 2884
-const unsigned short kSoundStreamBlockHeader = (19 << 6) | 63;  // 1279
-
-// SoundFormat, SoundRate, SoundSize and SoundType packed into one byte, most
-// significant first: 4, 2, 1 and 1 bits.
-unsigned char FormatByte(unsigned int format, unsigned int rate, unsigned short sampleSize, unsigned short channels) {
-    const unsigned int sizeBit = sampleSize == 8 ? 0u : 1u;
-    const unsigned int typeBit = static_cast<unsigned int>(channels - 1) & 1u;
-    return static_cast<unsigned char>(((format & 15u) << 4) | ((rate & 3u) << 2) | (sizeBit << 1) | typeBit);
-}
-
-const unsigned int kRates[4] = {5500, 11025, 22050, 44100};
-
-// Patches the 32-bit length of a long-form tag that starts at tagStart.
-void PatchLength(flaDump& dump, int tagStart) {
-    const std::uint32_t length = static_cast<std::uint32_t>(dump.GetCurrentPosition() - tagStart - 6);
-    const char bytes[4] = {static_cast<char>(length & 0xFF), static_cast<char>((length >> 8) & 0xFF),
-                           static_cast<char>((length >> 16) & 0xFF), static_cast<char>((length >> 24) & 0xFF)};
-    dump.FixData(tagStart + 2, bytes, 32, 32, false);
-}
+namespace SoundByte = flaFormat::SoundByte;
 
 bool HasSampleData(unsigned int format) { return format <= flaSound::MP3; }
 
 }  // namespace
+
+unsigned char flaSound::FormatByte(unsigned int format, unsigned int rateCode, unsigned short sampleSize,
+                                   unsigned short channels) {
+    const unsigned int sizeBit = sampleSize == 8 ? 0u : SoundByte::Is16Bit;
+    const unsigned int typeBit = static_cast<unsigned int>(channels - 1) & SoundByte::IsStereo;
+    return static_cast<unsigned char>(((format & 15u) << SoundByte::FormatShift) |
+                                      ((rateCode & 3u) << SoundByte::RateShift) | sizeBit | typeBit);
+}
 
 // --- flaBuffer ---------------------------------------------------------------
 
@@ -72,9 +61,7 @@ void flaSound::DumpSoundInFile(flaDump& dump) {
     if (alreadyDumped) return;
     dump.SetCostCode(costCode);
     alreadyDumped = true;
-    const int start = dump.GetCurrentPosition();
-    dump.DataU16(kDefineSoundHeader);
-    dump.DataU32(0);  // length, patched below
+    const flaDump::TagStart tag = dump.BeginTag(flaFormat::DefineSound);
     dump.DataU16(static_cast<unsigned short>(soundId));
     dump.DataU8(FormatByte(compressFormat, RateCode(sampleRate), sampleSize, channels));
     dump.DataU32(sampleCount);
@@ -87,23 +74,21 @@ void flaSound::DumpSoundInFile(flaDump& dump) {
         }
     }
     if (HasSampleData(compressFormat)) dump.ChunkDump(buffer.GetPtr(), buffer.GetSize());
-    PatchLength(dump, start);
+    dump.EndTag(tag);
     dump.SetCostCode(0);
 }
 
 void flaSound::DumpSoundStreamInFile(flaDump& dump) {
     if (alreadyDumped) return;
     alreadyDumped = true;
-    dump.DataU16(kSoundStreamHead2Short);
+    dump.TagHeader(flaFormat::SoundStreamHead2, flaFormat::SoundStreamHead2Length);
     dump.DataU8(streamPlayback);
     dump.DataU8(FormatByte(compressFormat, RateCode(sampleRate), sampleSize, channels));
     dump.DataU16(static_cast<unsigned short>(sampleCount));
 }
 
 void flaSound::DumpSoundStreamBlockInFile(flaDump& dump, const flaBuffer& block) {
-    const int start = dump.GetCurrentPosition();
-    dump.DataU16(kSoundStreamBlockHeader);
-    dump.DataU32(0);  // length, patched below
+    const flaDump::TagStart tag = dump.BeginTag(flaFormat::SoundStreamBlock);
     if (compressFormat == MP3) {
         if (isStream) {
             dump.DataU16(static_cast<unsigned short>(block.GetSamplePerFrame()));
@@ -113,7 +98,7 @@ void flaSound::DumpSoundStreamBlockInFile(flaDump& dump, const flaBuffer& block)
         }
     }
     if (HasSampleData(compressFormat)) dump.ChunkDump(block.GetPtr(), block.GetSize());
-    PatchLength(dump, start);
+    dump.EndTag(tag);
 }
 
 namespace {
@@ -130,11 +115,11 @@ unsigned int DeclaredBytes(unsigned short sampleSize, unsigned short channels, u
 
 unsigned int flaSound::ReadFormatByte(flaRead& reader) {
     const unsigned char b = reader.GetByte();
-    const unsigned int format = b >> 4;
+    const unsigned int format = b >> SoundByte::FormatShift;
     if (format <= MP3) compressFormat = static_cast<CompressFormat_e>(format);  // others leave it as it was
-    sampleRate = kRates[(b >> 2) & 3u];
-    sampleSize = static_cast<unsigned short>((b & 2u) ? 16 : 8);
-    channels = static_cast<unsigned short>((b & 1u) + 1);
+    sampleRate = flaFormat::SoundRates[(b >> SoundByte::RateShift) & 3u];
+    sampleSize = static_cast<unsigned short>((b & SoundByte::Is16Bit) ? 16 : 8);
+    channels = static_cast<unsigned short>((b & SoundByte::IsStereo) ? 2 : 1);
     return format;
 }
 

@@ -4,12 +4,9 @@
 #include "flio/flaDump.h"
 #include "flio/flaRead.h"
 #include "flio/flaSound.h"
+#include "io/flaFormat.h"
 
-namespace {
-
-const unsigned short kStartSoundCode = 15;
-
-}  // namespace
+namespace SoundInfo = flaFormat::SoundInfo;
 
 void flaSoundInfo::SetEnvelope(const EnvelopePoint* begin, const EnvelopePoint* end) {
     hasEnvelope = true;
@@ -27,15 +24,11 @@ void flaSoundInfo::DumpSoundStartInFile(flaDump& dump) const {
     if (hasLoopCount) length += 2;
     if (hasEnvelope) length += 1 + 8 * points;
 
-    if (length < 63) {
-        dump.DataU16(static_cast<unsigned short>((kStartSoundCode << 6) | length));
-    } else {
-        dump.DataU16(static_cast<unsigned short>((kStartSoundCode << 6) | 63));
-        dump.DataU32(length);
-    }
+    dump.TagHeader(flaFormat::StartSound, length);  // the short form below 63 bytes
     dump.DataU16(static_cast<unsigned short>(soundId));
-    const unsigned int flags = ((syncFlags & 15u) << 4) | (hasEnvelope ? 8u : 0u) | (hasLoopCount ? 4u : 0u) |
-                               (hasOutPoint ? 2u : 0u) | (hasInPoint ? 1u : 0u);
+    const unsigned int flags = ((syncFlags & 15u) << SoundInfo::SyncShift) | (hasEnvelope ? SoundInfo::HasEnvelope : 0u) |
+                               (hasLoopCount ? SoundInfo::HasLoops : 0u) | (hasOutPoint ? SoundInfo::HasOutPoint : 0u) |
+                               (hasInPoint ? SoundInfo::HasInPoint : 0u);
     dump.DataU8(static_cast<unsigned char>(flags));
     if (hasInPoint) dump.DataU32(inPoint);
     if (hasOutPoint) dump.DataU32(outPoint);
@@ -53,11 +46,11 @@ void flaSoundInfo::DumpSoundStartInFile(flaDump& dump) const {
 void flaSoundInfo::Read(flaRead& reader) {
     soundId = reader.GetWord();
     const unsigned char f = reader.GetByte();
-    syncFlags = static_cast<unsigned char>(f >> 4);
-    hasEnvelope = (f & 8u) != 0;
-    hasLoopCount = (f & 4u) != 0;
-    hasOutPoint = (f & 2u) != 0;
-    hasInPoint = (f & 1u) != 0;
+    syncFlags = static_cast<unsigned char>(f >> SoundInfo::SyncShift);
+    hasEnvelope = (f & SoundInfo::HasEnvelope) != 0;
+    hasLoopCount = (f & SoundInfo::HasLoops) != 0;
+    hasOutPoint = (f & SoundInfo::HasOutPoint) != 0;
+    hasInPoint = (f & SoundInfo::HasInPoint) != 0;
     if (hasInPoint) inPoint = reader.GetDWord();
     if (hasOutPoint) outPoint = reader.GetDWord();
     if (hasLoopCount) loopCount = reader.GetWord();

@@ -7,7 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "flio/flaGeometry.h"
 #include "flio/flaRead.h"
+#include "io/flaFormat.h"
 
 namespace flio_test {
 
@@ -21,24 +23,30 @@ inline std::vector<std::string> CorpusFiles() {
     return files;
 }
 
-// Walks a tag list (a file's, or a sprite's) and hands every DefineShape,
-// DefineShape2, DefineShape3 and DefineShape4 tag to visit, the reader standing at
-// the tag's body.
-inline void WalkShapeTags(flaRead& in, const std::function<void(int code, flaRead&)>& visit) {
-    while (in.ContainerBytesLeft() >= 2) {
-        const unsigned short code = in.GetTag();
-        if (code == 0) break;
-        const unsigned long end = in.GetTagEnd();
-        if (code == 2 || code == 22 || code == 32 || code == 83) {
-            visit(code, in);
-        } else if (code == 39 && in.DataSize() >= 4) {
-            in.GetWord();  // sprite id
-            in.GetWord();  // frame count
-            flaRead::ContainerScope scope(in);
-            WalkShapeTags(in, visit);
+// Walks a tag list (a file's, or a sprite's) and hands every DefineShape to
+// DefineShape4 tag to visit with its version and whether its colours have alpha,
+// the reader standing at the tag's body.
+using ShapeVisit = std::function<void(flaShape::ShapeVersion, bool withAlpha, flaRead&)>;
+inline void WalkShapeTags(flaRead& in, const ShapeVisit& visit) {
+    in.WalkTags([&](unsigned short code) {
+        switch (code) {
+            case flaFormat::DefineShape: return visit(flaShape::DefineShape, false, in);
+            case flaFormat::DefineShape2: return visit(flaShape::DefineShape2, false, in);
+            case flaFormat::DefineShape3: return visit(flaShape::DefineShape3, true, in);
+            case flaFormat::DefineShape4: return visit(flaShape::DefineShape4, true, in);
+            case flaFormat::DefineSprite:
+                if (in.DataSize() < 4) return;
+                in.GetWord();  // sprite id
+                in.GetWord();  // frame count
+                {
+                    flaRead::ContainerScope scope(in);
+                    WalkShapeTags(in, visit);
+                }
+                return;
+            default:
+                return;
         }
-        in.Seek(end);
-    }
+    });
 }
 
 }  // namespace flio_test

@@ -16,7 +16,7 @@
 #include "swfcheck_util.h"
 
 #ifdef FLIO_HAVE_REWRITE
-#include "rewrite_movie.h"
+#include "flio/flaRewrite.h"
 #ifdef FLIO_HAVE_DEMO
 #include "demo_movie.h"
 #endif
@@ -38,7 +38,7 @@ auto Quiet(F f) {
 
 // Imports as the tool does (static pass off).
 bool Import(flaMovie& movie, const std::string& path) {
-    flio_cli::PrepareImportForRewrite(movie);
+    flaRewrite::PrepareImport(movie);
     return Quiet([&] { return movie.ReadMovieFromFile(PL_FileSpec(path.c_str()), nullptr); });
 }
 
@@ -81,7 +81,7 @@ Snapshot Take(const flaMovie& movie) {
     Snapshot s;
     s.width = FrameWidth(movie);
     s.timelines[0] = TimelineOf(movie);
-    const std::set<const flaCharacter*> placed = flio_cli::PlacedCharacters(movie);
+    const std::set<const flaCharacter*> placed = flaRewrite::PlacedCharacters(movie);
     int kinds[3] = {};
     for (const flaCharacter* c : movie.GetCharacterList()) {
         if (!placed.count(c)) {
@@ -139,7 +139,7 @@ TEST(RoundTrip, EveryCorpusFileImportsAgainToTheSameTimeline) {
         {
             flaMovie movie;
             if (!Import(movie, files[i])) continue;  // LZMA and damaged files: nothing to write
-            Quiet([&] { return flio_cli::PrepareForRewrite(movie); });
+            Quiet([&] { return flaRewrite::Prepare(movie); });
             first = Take(movie);
             ASSERT_TRUE(Write(movie, out)) << files[i];
         }
@@ -203,7 +203,7 @@ TEST(RoundTrip, UnstartedSoundsAndSpritesSurvive) {
     flaSound* unstarted = sound();  // as in a file whose sound no frame starts
     unstarted->SetSoundID(soundId);
     first.AddSound(unstarted);
-    EXPECT_EQ(flio_cli::PrepareForRewrite(first).keptSounds, 1);
+    EXPECT_EQ(flaRewrite::Prepare(first).keptSounds, 1);
     ASSERT_TRUE(Write(first, base + "2.swf"));
 
     flaMovie second;
@@ -252,7 +252,7 @@ TEST(RoundTrip, DemoMovieIsWrittenAgainTagForTagOnceImported) {
     for (int i = 0; i < 2; ++i) {
         flaMovie movie;
         ASSERT_TRUE(Import(movie, base + Nums(i + 1) + ".swf"));
-        Quiet([&] { return flio_cli::PrepareForRewrite(movie); });
+        Quiet([&] { return flaRewrite::Prepare(movie); });
         ASSERT_TRUE(Write(movie, base + Nums(i + 2) + ".swf"));
         snapshots[i] = Take(movie);
     }

@@ -64,18 +64,14 @@ TEST(ShapeCorpus, EveryShapeDecodesWithinItsBounds) {
             continue;  // the deliberately malformed files of the corpus
         }
         try {
-            flio_test::WalkShapeTags(*in, [&](int code, flaRead& r) {
-                const auto version = code == 2    ? flaShape::DefineShape
-                                     : code == 22 ? flaShape::DefineShape2
-                                     : code == 32 ? flaShape::DefineShape3
-                                                  : flaShape::DefineShape4;
+            flio_test::WalkShapeTags(*in, [&](flaShape::ShapeVersion version, bool alpha, flaRead& r) {
                 const int id = r.GetWord();
                 const unsigned long at = r.GetPosition();
                 SRECT bounds;
                 r.GetRect(&bounds);
                 r.Seek(at);
                 r.SetScaling(1.0f);  // model units = twips
-                flaGeometry g(id, r, code != 2 && code != 22, version);
+                flaGeometry g(id, r, alpha, version);
                 ASSERT_NO_THROW(g.BuildBloated()) << file << " shape " << id;
                 ++shapes;
                 const flaBoundingBox box = DrawnBounds(g);
@@ -93,7 +89,7 @@ TEST(ShapeCorpus, EveryShapeDecodesWithinItsBounds) {
                 const unsigned long end = r.GetPosition();
                 r.Seek(at);
                 r.SetScaling(0.05f);
-                flaGeometry model(id, r, code != 2 && code != 22, version);
+                flaGeometry model(id, r, alpha, version);
                 r.Seek(end);
                 model.BuildBloated();
                 flaDump out(1, nullptr);

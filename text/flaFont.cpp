@@ -8,6 +8,7 @@
 #include "flio/flaDump.h"
 #include "flio/flaRead.h"
 #include "flio/flaText.h"
+#include "io/flaFormat.h"
 
 const unsigned int flaFont::uiSwfEmSize = 1024;
 
@@ -74,30 +75,14 @@ float flaFont::getLargestAdvance(float scale) const {
     return scale * advances[best];
 }
 
-namespace {
-
-void Patch16(flaDump& dump, int at, unsigned int value) {
-    const unsigned char le[2] = {static_cast<unsigned char>(value & 0xFF), static_cast<unsigned char>((value >> 8) & 0xFF)};
-    dump.FixData(at, reinterpret_cast<const char*>(le), 16, 16, false);
-}
-
-void Patch32(flaDump& dump, int at, std::uint32_t value) {
-    const unsigned char le[4] = {static_cast<unsigned char>(value & 0xFF), static_cast<unsigned char>((value >> 8) & 0xFF),
-                                 static_cast<unsigned char>((value >> 16) & 0xFF),
-                                 static_cast<unsigned char>((value >> 24) & 0xFF)};
-    dump.FixData(at, reinterpret_cast<const char*>(le), 32, 32, false);
-}
-
-}  // namespace
-
 void flaFont::DumpCharacterInFile(flaDump& dump) const {
-    const int start = dump.GetCurrentPosition();
-    dump.DataU16(static_cast<unsigned short>((48 << 6) | 63));  // DefineFont2, long form
-    dump.DataU32(0UL);                                           // length, patched below
+    namespace Font2 = flaFormat::Font2;
+    const flaDump::TagStart tag = dump.BeginTag(flaFormat::DefineFont2);
     dump.DataU16(static_cast<unsigned short>(id));
 
     // No layout, not Shift-JIS, not small text, not ANSI, 16-bit offsets, wide codes.
-    dump.DataU8(static_cast<unsigned char>(0x04 | (info.italic ? 0x02 : 0) | (info.bold ? 0x01 : 0)));
+    dump.DataU8(static_cast<unsigned char>(Font2::WideCodes | (info.italic ? Font2::Italic : 0) |
+                                           (info.bold ? Font2::Bold : 0)));
     dump.DataU8(0);  // language code
 
     // The length byte keeps only the low 8 bits, but every character is written.
@@ -112,14 +97,13 @@ void flaFont::DumpCharacterInFile(flaDump& dump) const {
 
     const flaGlyphGeometry empty;
     for (std::size_t i = 0; i < glyphs.size(); ++i) {
-        Patch16(dump, table + static_cast<int>(2 * i), static_cast<unsigned int>(dump.GetCurrentPosition() - table));
+        dump.PatchU16(table + static_cast<int>(2 * i), static_cast<std::uint16_t>(dump.GetCurrentPosition() - table));
         const flaGlyphGeometry* glyph = glyphs[i] ? glyphs[i] : &empty;
         glyph->DumpCharacterInFile(dump);
     }
-    Patch16(dump, codeTableOffset, static_cast<unsigned int>(dump.GetCurrentPosition() - table));
+    dump.PatchU16(codeTableOffset, static_cast<std::uint16_t>(dump.GetCurrentPosition() - table));
     for (unsigned short code : codes) dump.DataU16(code);
-
-    Patch32(dump, start + 2, static_cast<std::uint32_t>(dump.GetCurrentPosition() - start - 6));
+    dump.EndTag(tag);
 }
 
 // ---- imported font tags ----

@@ -7,6 +7,7 @@
 #include "flio/flaFont.h"
 #include "flio/flaRead.h"
 #include "flio/flaText.h"
+#include "io/flaFormat.h"
 
 flaFontTable::flaFontTable() = default;
 
@@ -45,10 +46,10 @@ const flaFont* flaFontTable::getBloatedFont(int id) const {
 void flaFontTable::AddImportFont(ImportFont* font, int tagCode) {
     if (!font) return;
     switch (tagCode) {
-        case 10: pendingFont.emplace_back(font); break;
-        case 48: pendingFont2.emplace_back(font); break;
-        case 13: pendingInfo.emplace_back(font); break;
-        case 62: pendingInfo2.emplace_back(font); break;
+        case flaFormat::DefineFont: pendingFont.emplace_back(font); break;
+        case flaFormat::DefineFont2: pendingFont2.emplace_back(font); break;
+        case flaFormat::DefineFontInfo: pendingInfo.emplace_back(font); break;
+        case flaFormat::DefineFontInfo2: pendingInfo2.emplace_back(font); break;
         default: std::fprintf(stderr, "Invalid SWF font tag code\n"); break;
     }
 }
@@ -87,12 +88,12 @@ void flaFontTable::BuildFont(ImportFont& import, bool defineFont2) {
         unsigned int count = 0;
         bool wideCodes = false;
         if (defineFont2) {
-            in.InitBits();
-            in.GetBits(4);  // layout, Shift-JIS, small text, ANSI
-            const bool wideOffsets = in.GetBool();
-            wideCodes = in.GetBool();
-            font.info.italic = in.GetBool();
-            font.info.bold = in.GetBool();
+            namespace Font2 = flaFormat::Font2;
+            const unsigned char flags = in.GetByte();  // layout, Shift-JIS, small text, ANSI are not used
+            const bool wideOffsets = (flags & Font2::WideOffsets) != 0;
+            wideCodes = (flags & Font2::WideCodes) != 0;
+            font.info.italic = (flags & Font2::Italic) != 0;
+            font.info.bold = (flags & Font2::Bold) != 0;
             in.GetByte();  // language code
             const unsigned int nameLength = in.GetByte();
             for (unsigned int i = 0; i < nameLength; ++i) font.info.name.append(NameUnit(in.GetByte()));
@@ -149,11 +150,10 @@ void flaFontTable::ApplyInfo(ImportFont& import, const char* kind, bool skipLang
         UT_String name;
         const unsigned int nameLength = in->GetByte();
         for (unsigned int i = 0; i < nameLength; ++i) name.append(NameUnit(in->GetByte()));
-        in->InitBits();
-        in->GetBits(5);  // reserved, small text, Shift-JIS, ANSI
-        const bool italic = in->GetBool();
-        const bool bold = in->GetBool();
-        const bool wideCodes = in->GetBool();
+        const unsigned char flags = in->GetByte();  // small text, Shift-JIS and ANSI are not used
+        const bool italic = (flags & flaFormat::FontInfo::Italic) != 0;
+        const bool bold = (flags & flaFormat::FontInfo::Bold) != 0;
+        const bool wideCodes = (flags & flaFormat::FontInfo::WideCodes) != 0;
         if (auto* info = dynamic_cast<ImportDefineFontInfo*>(&import))
             info->AfterFlags(*in);
         else if (skipLanguage)

@@ -10,19 +10,13 @@
 #include "flio/flaRead.h"
 #include "flio/flaText.h"
 #include "io/flaConvert.h"
+#include "io/flaFormat.h"
 
 using flio_detail::TruncToInt32;
 
 namespace {
 
-void WriteField(flaDump& dump, std::uint32_t value, int bits) {
-    dump.DataU32(reinterpret_cast<const char*>(&value), bits, true);
-}
-
-int BitsOfMagnitude(std::int32_t v) {
-    const std::int64_t m = std::llabs(static_cast<long long>(v));
-    return flaDump::GetBitNumber(static_cast<int>(std::min<std::int64_t>(m, INT32_MAX)));
-}
+namespace TextRecord = flaFormat::TextRecord;
 
 // The advance field of one glyph, in the units the text writer has always used.
 std::int32_t AdvanceValue(int kerning, unsigned int fontSize, float advance, int frameWidth) {
@@ -110,19 +104,11 @@ void flaTextGeometry::DumpCharacterInFile(flaDump& dump) const {
     }
     const double s = static_cast<double>(dump.GetFrameSizeX()) * 20.0;
 
-    const int start = dump.GetCurrentPosition();
-    dump.DataU16(static_cast<unsigned short>((11 << 6) | 63));  // DefineText, long form
-    dump.DataU32(0UL);                                           // length, patched below
+    const flaDump::TagStart tag = dump.BeginTag(flaFormat::DefineText);
     dump.DataU16(static_cast<unsigned short>(id));
 
     // TextBounds: the width as it is, the height from 0.
-    const std::int32_t rect[4] = {TruncToInt32(bbox.xMin * s), TruncToInt32(bbox.xMax * s), 0,
-                                  TruncToInt32((bbox.yMax - bbox.yMin) * s)};
-    int nbits = 0;
-    for (std::int32_t v : rect) nbits = std::max(nbits, BitsOfMagnitude(v));
-    nbits += 1;
-    WriteField(dump, static_cast<std::uint32_t>(nbits), 5);
-    for (std::int32_t v : rect) WriteField(dump, static_cast<std::uint32_t>(v), nbits);
+    dump.DataRect(TruncToInt32(bbox.xMin * s), TruncToInt32(bbox.xMax * s), 0, TruncToInt32((bbox.yMax - bbox.yMin) * s));
     dump.PadLastByte();
 
     flaMatrix identity;
@@ -140,14 +126,9 @@ void flaTextGeometry::DumpCharacterInFile(flaDump& dump) const {
     // The one text record.
     const std::int32_t xOffset = TruncToInt32(static_cast<double>(recordOffset.x) * s);
     const std::int32_t yOffset = TruncToInt32((static_cast<double>(recordOffset.y) + bbox.yMax) * s);
-    dump.Bit(true);  // text record
-    dump.Bit(false);
-    dump.Bit(false);
-    dump.Bit(false);
-    dump.Bit(true);  // has font
-    dump.Bit(true);  // has colour
-    dump.Bit(yOffset != 0);
-    dump.Bit(xOffset != 0);
+    dump.DataU8(static_cast<unsigned char>(TextRecord::Type | TextRecord::HasFont | TextRecord::HasColor |
+                                           (yOffset != 0 ? TextRecord::HasYOffset : 0) |
+                                           (xOffset != 0 ? TextRecord::HasXOffset : 0)));
     dump.DataU16(static_cast<unsigned short>(fontId));
     dump.DataU8(color[0]);
     dump.DataU8(color[1]);
@@ -164,16 +145,11 @@ void flaTextGeometry::DumpCharacterInFile(flaDump& dump) const {
         float advance = 0.0f;
         if (!font || !font->getAdvance(code, advance, 1.0f)) continue;  // counted above, but nothing written
         const int index = font->getGlyphIndex(code);
-        WriteField(dump, static_cast<std::uint32_t>(index), glyphBits);
-        WriteField(dump, static_cast<std::uint32_t>(AdvanceValue(kern, fontSize, advance, frameWidth)), advanceBits);
+        dump.Bits(static_cast<std::uint32_t>(index), glyphBits);
+        dump.Bits(static_cast<std::uint32_t>(AdvanceValue(kern, fontSize, advance, frameWidth)), advanceBits);
     }
     dump.DataU8(0);  // end of records
-
-    const std::uint32_t length = static_cast<std::uint32_t>(dump.GetCurrentPosition() - start - 6);
-    const unsigned char le[4] = {static_cast<unsigned char>(length & 0xFF), static_cast<unsigned char>((length >> 8) & 0xFF),
-                                 static_cast<unsigned char>((length >> 16) & 0xFF),
-                                 static_cast<unsigned char>((length >> 24) & 0xFF)};
-    dump.FixData(start + 2, reinterpret_cast<const char*>(le), 32, 32, false);
+    dump.EndTag(tag);
 }
 
 // ---- bloating a text read from a file ----
@@ -199,13 +175,12 @@ void flaTextGeometry::BuildBloated(const flaMovie& movie) {
         unsigned int height = 0;
         std::size_t pointBudget = kMaxBloatedTextPoints;
         for (;;) {
-            in.InitBits();
-            if (in.GetBits(1) == 0) break;  // end of records (the other 7 bits are padding)
-            in.GetBits(3);
-            const bool hasFont = in.GetBool();
-            const bool hasColour = in.GetBool();
-            const bool hasY = in.GetBool();
-            const bool hasX = in.GetBool();
+            const unsigned char flags = in.GetByte();
+            if (!(flags & TextRecord::Type)) break;  // end of records (the other 7 bits are padding)
+            const bool hasFont = (flags & TextRecord::HasFont) != 0;
+            const bool hasColour = (flags & TextRecord::HasColor) != 0;
+            const bool hasY = (flags & TextRecord::HasYOffset) != 0;
+            const bool hasX = (flags & TextRecord::HasXOffset) != 0;
             if (hasFont) fontId_ = in.GetWord();
             FLIO::flaRGBA colour(0, 0, 0, 255);
             if (hasColour) colour = in.GetColor(false);

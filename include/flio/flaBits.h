@@ -53,7 +53,7 @@ public:
     unsigned char* data = nullptr;    // owned, new[]
 
 protected:
-    bool DumpInFileWithCode(flaDump& dump, unsigned short tagHeaderWord);
+    bool DumpInFileWithCode(flaDump& dump, unsigned short tagCode);
 };
 
 class flaBitsLossless2 : public flaBitsLossless {

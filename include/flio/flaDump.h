@@ -5,8 +5,10 @@
 // zlib-compressed when asked for and when that makes it smaller.
 #pragma once
 
+#include <climits>
 #include <cstdint>
 #include <cstring>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <vector>
@@ -74,6 +76,55 @@ public:
     // The byte position: where the next completed byte goes.
     int GetCurrentPosition() const { return position + static_cast<int>(accBits >> 3); }
     void FixData(int position, const char* data, int width, int bitCount, bool bitPacked);
+    // Overwrite a 16- or 32-bit value already written, little-endian whatever the
+    // host (FixData without the byte image).
+    void PatchU16(int at, std::uint16_t value) {
+        const char bytes[2] = {static_cast<char>(value & 0xFF), static_cast<char>(value >> 8)};
+        FixData(at, bytes, 16, 16, false);
+    }
+    void PatchU32(int at, std::uint32_t value) {
+        const char bytes[4] = {static_cast<char>(value & 0xFF), static_cast<char>((value >> 8) & 0xFF),
+                               static_cast<char>((value >> 16) & 0xFF), static_cast<char>(value >> 24)};
+        FixData(at, bytes, 32, 32, false);
+    }
+
+    // Tags. Each starts with a 16-bit header word holding the tag code and the
+    // body's length: the short form holds lengths up to 62; in the long form the
+    // length follows as a 32-bit word.
+    //
+    // A header for a body whose length is known: the short form unless the long
+    // one is asked for or the length does not fit.
+    void TagHeader(unsigned int code, std::uint32_t length, bool longForm = false);
+    // A tag whose length is patched by EndTag once its body is written.
+    struct TagStart {
+        int position;  // of the header word
+        unsigned int code;
+        bool longForm;
+    };
+    TagStart BeginTag(unsigned int code, bool longForm = true);
+    // The long form gets the body's 32-bit length. The short form keeps its short
+    // header whatever the body's size: the length's low 8 bits are OR-ed into the
+    // word, as PlaceObject2 has always been written, so a body of 63 bytes or more
+    // spills into the code (use the long form for bodies that can be long).
+    void EndTag(const TagStart& tag);
+
+    // The bit count of a two's-complement field that holds value: the magnitude's
+    // bit count plus the sign bit (magnitudes beyond 31 bits count as 31 bits).
+    static int GetSignedBitNumber(std::int64_t value) {
+        const std::int64_t m = value < -INT32_MAX ? INT32_MAX : value < 0 ? -value : value > INT32_MAX ? INT32_MAX : value;
+        return GetBitNumber(static_cast<int>(m)) + 1;
+    }
+    // A RECT record: the field width in 5 bits (the widest of the four signed
+    // values), then xMin, xMax, yMin, yMax. Not padded: the caller continues or
+    // aligns. flaRead::GetRect reads it.
+    void DataRect(std::int32_t xMin, std::int32_t xMax, std::int32_t yMin, std::int32_t yMax) {
+        int nbits = 0;
+        for (std::int32_t v : {xMin, xMax, yMin, yMax})
+            if (GetSignedBitNumber(v) > nbits) nbits = GetSignedBitNumber(v);
+        Bits(static_cast<std::uint32_t>(nbits), 5);
+        for (std::int32_t v : {xMin, xMax, yMin, yMax}) Bits(static_cast<std::uint32_t>(v), nbits);
+    }
+
     static int GetBitNumber(int value) {
         if (value == 0) return 1;
         if (value < 0) return 0;

@@ -118,9 +118,10 @@ public:
     const flaFont* getBloatedFont(int id) const;
     const std::vector<flaFont*>& GetBloatedFonts() const { return bloated; }
 
-    // Files an import under its tag code (10, 13, 48 or 62) and takes ownership;
-    // any other code prints "Invalid SWF font tag code\n" and files nothing (the
-    // object then stays the caller's).
+    // Files an import under the code of its tag (DefineFont, DefineFontInfo,
+    // DefineFont2 or DefineFontInfo2) and takes ownership; any other code prints
+    // "Invalid SWF font tag code\n" and files nothing (the object then stays the
+    // caller's).
     void AddImportFont(ImportFont* font, int tagCode);
     std::size_t GetPendingImportCount() const;
     // Turns the pending imports into bloated fonts: DefineFont, then DefineFont2,

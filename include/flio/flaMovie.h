@@ -144,8 +144,9 @@ public:
     // AddFont takes ownership of a non-null font; the first with the id is found.
     void AddFont(flaFont* font);
     const flaFont* getBloatedFont(int id) const;
-    // Files an imported font tag (10, 13, 48 or 62) for buildBloatedFonts and takes
-    // ownership; any other code is reported and the object stays the caller's.
+    // Files an imported font tag (the code of DefineFont, DefineFontInfo,
+    // DefineFont2 or DefineFontInfo2) for buildBloatedFonts and takes ownership;
+    // any other code is reported and the object stays the caller's.
     void AddImportFont(ImportFont* font, int tagCode);
     void buildBloatedFonts();
     const flaFontTable& GetFontTable() const { return fontTable; }
@@ -236,6 +237,9 @@ protected:
 
     // The whole file image; always true.
     bool DumpMovieToBuffer(flaDump& dump);
+    // Every frame of the timeline, each after its stream block, sound definitions
+    // and starts: the main timeline and the sprites' alike.
+    void DumpTimeline(flaDump& dump, bool writeBackground) const;
     // JPEG tables, JPEG bitmaps, then lossless and lossless-2 bitmaps.
     void DumpAllBitmap(flaDump& dump);
     // The bytes of bitmap, JPEG and sound data the file will carry, so that the

@@ -114,6 +114,44 @@ public:
 
     unsigned short GetTag();
 
+    // Walks the tags of the current container (the file, or the tag whose nested
+    // tags a ContainerScope opened) until End or until fewer than two bytes are
+    // left. visit(code) runs with the reader at the start of each tag's body; the
+    // reader then moves to the tag's end, whatever visit read. `before` runs before
+    // each tag is read and ends the walk by returning false.
+    template <typename Visit, typename Before>
+    void WalkTags(Visit&& visit, Before&& before) {
+        while (ContainerBytesLeft() >= 2) {
+            if (!before()) return;
+            const unsigned short code = GetTag();
+            const unsigned long end = GetTagEnd();
+            visit(code);
+            Seek(end);
+            if (IsEndTag(code)) return;
+        }
+    }
+    template <typename Visit>
+    void WalkTags(Visit&& visit) {
+        WalkTags(visit, [] { return true; });
+    }
+
+    // The 8-byte file header: signature, version, and the file length as written.
+    struct FileHeader {
+        unsigned char signature[3] = {0, 0, 0};
+        unsigned char version = 0;
+        std::uint32_t fileLength = 0;
+    };
+    FileHeader GetFileHeader();
+    // The movie header that follows it: the stage RECT in twips, the 8.8 frame
+    // rate and the frame count.
+    struct MovieHeader {
+        SRECT stage;
+        unsigned short frameRate = 0;
+        unsigned short frameCount = 0;
+    };
+    MovieHeader GetMovieHeader();
+    static bool IsEndTag(unsigned short code);
+
     void GetRect(SRECT* out);
     void GetMatrix(MATRIX* out);
     void GetCxform(CXFORM* out, bool withAlpha, bool& hasMult, bool& hasAdd);

@@ -86,6 +86,11 @@ public:
 
     // The 2-bit SoundRate code for sampleRate (near values snap to the four rates).
     static unsigned int RateCode(unsigned int sampleRate);
+    // The byte of a DefineSound or stream head that packs SoundFormat (4 bits), the
+    // rate code (2 bits), 16-bit samples (1 bit, set unless sampleSize is 8) and
+    // stereo (1 bit: channels - 1).
+    static unsigned char FormatByte(unsigned int format, unsigned int rateCode, unsigned short sampleSize,
+                                    unsigned short channels);
 
     void DumpSoundInFile(flaDump& dump);        // DefineSound, once
     void DumpSoundStreamInFile(flaDump& dump);  // SoundStreamHead2, once

@@ -19,6 +19,7 @@
 #include "flio/flaPalette.h"
 #include "flio/flaRead.h"
 #include "flio/flaRecords.h"
+#include "flio/flaRewrite.h"
 #include "flio/flaSound.h"
 #include "flio/flaSprite.h"
 #include "flio/flaStyle.h"

@@ -7,8 +7,8 @@
 
 #include "commands.h"
 #include "flio/flaRead.h"
+#include "io/flaFormat.h"
 #include "json.h"
-#include "tag_names.h"
 
 namespace flio_cli {
 namespace {
@@ -42,20 +42,21 @@ struct Header {
     unsigned frameCount = 0;
 };
 
+std::string TagName(unsigned code) {
+    const char* name = flaFormat::TagName(code);
+    return name ? name : "Unknown_" + std::to_string(code);
+}
+
 void CountTags(flaRead& reader, std::map<std::string, unsigned long>& counts, int depth) {
-    while (reader.ContainerBytesLeft() >= 2) {
-        const unsigned code = reader.GetTag();
-        const unsigned long end = reader.GetTagEnd();
+    reader.WalkTags([&](unsigned short code) {
         ++counts[TagName(code)];
-        if (code == 39 && depth < 32 && reader.DataSize() >= 4) {  // DefineSprite: its own tags
+        if (code == flaFormat::DefineSprite && depth < 32 && reader.DataSize() >= 4) {  // its own tags
             flaRead::ContainerScope scope(reader);
-            reader.GetWord();
-            reader.GetWord();
+            reader.GetWord();  // sprite id
+            reader.GetWord();  // frame count
             CountTags(reader, counts, depth + 1);
         }
-        reader.Seek(end);
-        if (code == 0) break;
-    }
+    });
 }
 
 }  // namespace
@@ -104,17 +105,14 @@ int RunInfo(const Args& args) {
     std::map<std::string, unsigned long> counts;
     try {
         flaRead reader(in);
-        unsigned char header[8];
-        reader.GetHeader(header);
-        h.version = header[3];
-        h.fileLength = header[4] | (header[5] << 8) | (header[6] << 16) | (static_cast<unsigned long>(header[7]) << 24);
-        SRECT stage;
-        reader.GetRect(&stage);
-        h.width = (static_cast<double>(stage.xmax) - stage.xmin) / 20.0;
-        h.height = (static_cast<double>(stage.ymax) - stage.ymin) / 20.0;
-        const unsigned short rate = reader.GetWord();
-        h.frameRate = (rate >> 8) + (rate & 0xFF) / 256.0;
-        h.frameCount = reader.GetWord();
+        const flaRead::FileHeader file = reader.GetFileHeader();
+        h.version = file.version;
+        h.fileLength = file.fileLength;
+        const flaRead::MovieHeader movie = reader.GetMovieHeader();
+        h.width = (static_cast<double>(movie.stage.xmax) - movie.stage.xmin) / 20.0;
+        h.height = (static_cast<double>(movie.stage.ymax) - movie.stage.ymin) / 20.0;
+        h.frameRate = movie.frameRate / 256.0;
+        h.frameCount = movie.frameCount;
         CountTags(reader, counts, 0);
     } catch (const flaRead::dekompressError&) {
         std::fprintf(stderr, "flio info: %s: compressed data does not inflate to the announced length\n",

@@ -7,9 +7,9 @@
 #include "flio/PL_File.h"
 #include "flio/flaDump.h"
 #include "flio/flaMovie.h"
+#include "flio/flaRewrite.h"
 #include "model_util.h"
 #include "progress_bar.h"
-#include "rewrite_movie.h"
 
 namespace flio_cli {
 namespace {
@@ -77,17 +77,17 @@ int RunRoundtrip(const Args& args) {
 
     ProgressBar bar;
     flaMovie movie;
-    PrepareImportForRewrite(movie);
+    flaRewrite::PrepareImport(movie);
     bar.SetPhase("importing", 0.0f, 0.5f);
     if (!ImportQuietly(movie, in, "flio roundtrip", &bar)) {
         bar.Finish();
         return 1;
     }
     bar.SetPhase("decoding ", 0.5f, 0.9f);
-    RewriteReport report;
+    flaRewrite::Report report;
     {
         QuietStdio quiet;
-        report = PrepareForRewrite(movie, &bar);
+        report = flaRewrite::Prepare(movie, &bar);
     }
     bar.SetPhase("writing  ", 0.9f, 1.0f);
     int width = 0, height = 0;

@@ -1,4 +1,5 @@
-#include "rewrite_movie.h"
+// Readying an imported movie for writing again (flaRewrite).
+#include "flio/flaRewrite.h"
 
 #include <vector>
 
@@ -9,7 +10,6 @@
 #include "flio/flaSprite.h"
 #include "flio/flaText.h"
 
-namespace flio_cli {
 namespace {
 
 // Every frame of a timeline, mutable.
@@ -47,16 +47,16 @@ bool WriterCanAnnounce(const flaSound& stream) {
 
 }  // namespace
 
-void PrepareImportForRewrite(flaMovie& movie) { movie.set_PreProsessStaticCharacters(false); }
+void flaRewrite::PrepareImport(flaMovie& movie) { movie.set_PreProsessStaticCharacters(false); }
 
-std::set<const flaCharacter*> PlacedCharacters(const flaMovie& movie) {
+std::set<const flaCharacter*> flaRewrite::PlacedCharacters(const flaMovie& movie) {
     Reach reach;
     reach.Walk(const_cast<flaMovie&>(movie));  // only read
     return std::move(reach.placed);
 }
 
-RewriteReport PrepareForRewrite(flaMovie& movie, flaMovie::Progress* progress) {
-    RewriteReport report;
+flaRewrite::Report flaRewrite::Prepare(flaMovie& movie, flaMovie::Progress* progress) {
+    Report report;
     movie.buildBloatedFonts();
 
     // Shapes and texts, in dictionary order.
@@ -136,5 +136,3 @@ RewriteReport PrepareForRewrite(flaMovie& movie, flaMovie::Progress* progress) {
     }
     return report;
 }
-
-}  // namespace flio_cli

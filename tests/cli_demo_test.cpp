@@ -29,7 +29,7 @@ std::string Demo(const std::string& args) { return std::string("'") + FLIO_CLI_P
 
 TEST(CliDemo, WritesTheSameBytesOnEveryRunAndMatchesTheBuilder) {
     for (const bool compress : {false, true}) {
-        const std::string flag = compress ? " --compress" : "", dir = testing::TempDir();
+        const std::string flag = compress ? " --compress" : "", dir = flio_test::RunDir();
         ASSERT_EQ(RunCommand(Demo("'" + dir + "flio_demo_a.swf'" + flag)).status, 0);
         ASSERT_EQ(RunCommand(Demo("'" + dir + "flio_demo_b.swf'" + flag)).status, 0);
         flio_demo::DemoHostData host;
@@ -45,7 +45,7 @@ TEST(CliDemo, WritesTheSameBytesOnEveryRunAndMatchesTheBuilder) {
 }
 
 TEST(CliDemo, ChecksItsArguments) {
-    const std::string out = "'" + testing::TempDir() + "flio_demo_args.swf'";
+    const std::string out = "'" + flio_test::RunDir() + "flio_demo_args.swf'";
     const std::pair<std::string, int> cases[] = {
         {"--help", 0}, {"", 2}, {out + " --fast", 2}, {out + " " + out, 2}, {"'/nonexistent-folder/demo.swf'", 1}};
     for (const auto& [args, status] : cases) EXPECT_EQ(RunCommand(Demo(args)).status, status) << args;

@@ -29,7 +29,7 @@ namespace {
 
 // Runs the tool; its standard error is kept in `err`.
 RunResult Tool(const std::string& args, std::string* err = nullptr) {
-    const std::string errFile = testing::TempDir() + "flio_cli_roundtrip.err";
+    const std::string errFile = flio_test::RunDir() + "flio_cli_roundtrip.err";
     // Grouped, so that this redirection wins over the one RunCommand appends.
     RunResult r = RunCommand("{ '" FLIO_CLI_PATH "' " + args + " 2>'" + errFile + "'; }");
     std::ifstream in(errFile, std::ios::binary);
@@ -38,14 +38,14 @@ RunResult Tool(const std::string& args, std::string* err = nullptr) {
 }
 
 TEST(CliRoundtrip, ExitStatusAndOneLineErrors) {
-    const std::string dir = testing::TempDir(), text = dir + "flio_cli_not_swf.txt", demo = dir + "flio_cli_demo.swf";
+    const std::string dir = flio_test::RunDir(), text = dir + "flio_cli_not_swf.txt", demo = dir + "flio_cli_demo.swf";
     std::ofstream(text) << "hello";
     ASSERT_EQ(Tool("demo '" + demo + "'").status, 0);
     const std::tuple<std::string, int, std::string> cases[] = {
         {"roundtrip", 2, "usage: flio roundtrip"},
         {"roundtrip '" + demo + "'", 2, "give one input and one output file"},
         {"roundtrip --bogus a b", 2, "unknown option '--bogus'"},
-        {"roundtrip '" + dir + "missing.swf' o.swf", 1, "cannot read " + dir + "missing.swf: no such file"},
+        {"roundtrip '" + dir + "missing.swf' '" + dir + "o.swf'", 1, "cannot read " + dir + "missing.swf: no such file"},
         {"roundtrip '" + text + "' '" + dir + "o.swf'", 1, ": not an SWF file"},
         {"roundtrip '" + dir + "' '" + dir + "o.swf'", 1, ": is a directory"},
         {"roundtrip '" + demo + "' '" + dir + "no/such/dir/o.swf'", 1, "cannot write"},

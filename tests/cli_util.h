@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "test_util.h"
+
 namespace flio_test {
 
 struct RunResult {

@@ -110,7 +110,7 @@ TEST(flaDump, CompressedImageAndItsFallback) {
 }
 
 TEST(flaDump, WriteFileOnDisk) {
-    const std::string path = testing::TempDir() + "flio_dump_test.swf";
+    const std::string path = flio_test::RunDir() + "flio_dump_test.swf";
     flaDump d = MakeImage(std::string(500, 'z'));
     bool compress = true;
     ASSERT_TRUE(d.WriteFileOnDisk(PL_FileSpec(path.c_str()), compress));

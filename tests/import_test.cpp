@@ -16,7 +16,7 @@ using namespace flio_test;
 namespace {
 
 std::string WriteTempFile(const std::string& name, const Bytes& bytes) {
-    const std::string path = ::testing::TempDir() + name;
+    const std::string path = flio_test::RunDir() + name;
     std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()),
                                                 static_cast<std::streamsize>(bytes.size()));
     return path;
@@ -82,7 +82,7 @@ TEST(Import, FileImportInflatesAndCatchesWhatBufferImportThrows) {
     ImportMovie movie;
     EXPECT_FALSE(movie.ReadMovieFromFile(PL_FileSpec(), nullptr));
     EXPECT_FALSE(movie.ReadMovieFromFile(PL_FileSpec("/nonexistent/flio.swf"), nullptr));
-    EXPECT_FALSE(movie.ReadMovieFromFile(PL_FileSpec(::testing::TempDir().c_str()), nullptr));
+    EXPECT_FALSE(movie.ReadMovieFromFile(PL_FileSpec(flio_test::RunDir().c_str()), nullptr));
 }
 
 TEST(Import, RateAndStage) {
@@ -196,7 +196,11 @@ TEST(Import, PlaceObjectFields) {
     Translation(0.25f, 0).DumpInFile(w.Out());
     cx.DumpInFile(w.Out());
     w.Word(0x1234).Out().StringPrint("name");
-    w.Word(7).Close().ShowFrame();
+    w.Word(7).Close();
+    // Ratio and clip depth without a name: the ratio must be passed over.
+    w.Open(26).Byte(0x56).Word(8).Word(1);
+    Translation(0, 0).DumpInFile(w.Out());
+    w.Word(0x0102).Word(9).Close().ShowFrame();
     // A move with a new character replaces the character and keeps the rest.
     w.Open(26).Byte(0x03).Word(5).Word(1).Close().ShowFrame();
     RawMovie movie;
@@ -213,6 +217,7 @@ TEST(Import, PlaceObjectFields) {
     EXPECT_FLOAT_EQ(po2->GetMatrix().GetTX(), 0.25f);
     EXPECT_EQ(po2->GetClipDepth(), 7);
     EXPECT_TRUE(po2->GetColorXForm() == cx);
+    EXPECT_EQ(movie.At(0, 8)->GetClipDepth(), 9);
     const flaCharacterInfo* moved = movie.At(1, 5);
     EXPECT_EQ(moved->GetCharacter()->GetId(), 1);
     EXPECT_EQ(moved->GetClipDepth(), 7);

@@ -25,23 +25,19 @@ public:
                        unsigned short frameCount = 1)
         : dump(widthTwips / 20 > 0 ? widthTwips / 20 : 1, nullptr) {
         for (unsigned char b : Hex("46 57 53 09 00 00 00 00")) dump.DataU8(b);
-        const int nbits = flaDump::GetBitNumber(widthTwips > heightTwips ? widthTwips : heightTwips) + 1;
-        Bits(static_cast<std::uint32_t>(nbits), 5);
-        for (int v : {0, widthTwips, 0, heightTwips}) Bits(static_cast<std::uint32_t>(v), nbits);
+        dump.DataRect(0, widthTwips, 0, heightTwips);
         dump.PadLastByte();
         Word(rateWord).Word(frameCount);
     }
     // Opens a long-form tag; its body is written until Close(). Tags may nest.
     SwfWriter& Open(int code) {
-        open.push_back(dump.GetCurrentPosition());
-        Word(static_cast<unsigned short>((code << 6) | 63)).dump.DataU32(0UL);
+        open.push_back(dump.BeginTag(static_cast<unsigned>(code)));
         return *this;
     }
     SwfWriter& Close() {
         dump.PadLastByte();
-        const int start = open.back();
+        dump.EndTag(open.back());
         open.pop_back();
-        Patch(start + 2, static_cast<std::uint32_t>(dump.GetCurrentPosition() - start - 6));
         return *this;
     }
     flaDump& Out() { return dump; }
@@ -72,7 +68,7 @@ public:
     SwfWriter& Remove2(int depth) { return Tag(28, Le16(depth)); }
     Bytes Finish(bool withEnd = true) {
         if (withEnd) Word(0);
-        Patch(4, static_cast<std::uint32_t>(dump.GetCurrentPosition()));
+        dump.PatchU32(4, static_cast<std::uint32_t>(dump.GetCurrentPosition()));
         return Flushed(dump);
     }
 
@@ -83,10 +79,8 @@ public:
     }
 
 private:
-    void Bits(std::uint32_t v, int n) { dump.DataU32(reinterpret_cast<const char*>(&v), n, true); }
-    void Patch(int at, std::uint32_t v) { dump.FixData(at, reinterpret_cast<const char*>(&v), 32, 32, false); }
     flaDump dump;
-    std::vector<int> open;
+    std::vector<flaDump::TagStart> open;
 };
 
 inline flaMatrix Translation(float tx, float ty) { return flaMatrix(1, 0, 0, 1, tx, ty); }

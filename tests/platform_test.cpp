@@ -3,6 +3,7 @@
 
 #include <cstdio>
 
+#include "test_util.h"
 #include "flio/PL_File.h"
 #include "flio/UT_SharedPtr.h"
 #include "flio/UT_String.h"
@@ -23,7 +24,7 @@ TEST(UT_String, ConvertsUtf8BothWaysAndFallsBackToLatin1) {
 
 TEST(PL_FileSpec, ValidityAndFiles) {
     EXPECT_FALSE(PL_FileSpec().IsValid());
-    const std::string path = testing::TempDir() + "flio_filespec_test.bin";
+    const std::string path = flio_test::RunDir() + "flio_filespec_test.bin";
     const PL_FileSpec file(path.c_str());
     std::FILE* f = file.get_fs("wb");
     ASSERT_NE(f, nullptr);

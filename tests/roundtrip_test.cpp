@@ -134,7 +134,7 @@ TEST(RoundTrip, EveryCorpusFileImportsAgainToTheSameTimeline) {
     if (files.empty()) GTEST_SKIP() << "no corpus";
     std::vector<std::string> written;
     for (std::size_t i = 0; i < files.size(); ++i) {
-        const std::string out = testing::TempDir() + "flio_roundtrip_" + std::to_string(i) + ".swf";
+        const std::string out = flio_test::RunDir() + "flio_roundtrip_" + std::to_string(i) + ".swf";
         Snapshot first;
         {
             flaMovie movie;
@@ -152,7 +152,7 @@ TEST(RoundTrip, EveryCorpusFileImportsAgainToTheSameTimeline) {
     if (SwfCheckTool().empty()) return;
     // swfcheck over all files in one call (starting node once per file would
     // dominate), into a file (node may exit before a pipe has drained).
-    const std::string reportFile = testing::TempDir() + "flio_roundtrip_check.json";
+    const std::string reportFile = flio_test::RunDir() + "flio_roundtrip_check.json";
     std::string command = "'" + SwfCheckTool() + "'";
     for (const std::string& path : written) command += " '" + path + "'";
     RunCommand(command + " > '" + reportFile + "'");
@@ -171,7 +171,7 @@ TEST(RoundTrip, EveryCorpusFileImportsAgainToTheSameTimeline) {
 // are written without start actions (an imported placement has no start index: a
 // GotoFrame for it would pin the sprite instead of letting it play).
 TEST(RoundTrip, UnstartedSoundsAndSpritesSurvive) {
-    const std::string base = testing::TempDir() + "flio_roundtrip_sprite_";
+    const std::string base = flio_test::RunDir() + "flio_roundtrip_sprite_";
     auto sound = [] {
         auto* s = new flaSound;
         s->SetSampleRate(22050);
@@ -241,7 +241,7 @@ std::vector<unsigned> TagCodes(const std::string& path) {
 // blend modes, sound stop records, clipped bitmap fills (read back as tiled), and
 // texts with their fonts (their outlines from write 2 on).
 TEST(RoundTrip, DemoMovieIsWrittenAgainTagForTagOnceImported) {
-    const std::string base = testing::TempDir() + "flio_roundtrip_demo_";
+    const std::string base = flio_test::RunDir() + "flio_roundtrip_demo_";
     {
         flaMovie movie(flio_demo::kStageWidth, flio_demo::kStageHeight);
         flio_demo::DemoHostData host;

@@ -20,7 +20,7 @@ namespace {
 
 // Writes the movie, has it parsed and compares; returns the decoded movie.
 Json ExpectDecodesAsBuilt(flaMovie& movie, const std::string& name, bool compress = false) {
-    const std::string path = testing::TempDir() + "flio_swfcheck_" + name + ".swf";
+    const std::string path = flio_test::RunDir() + "flio_swfcheck_" + name + ".swf";
     flaDump dump(FrameWidth(movie), nullptr);
     EXPECT_TRUE(movie.DumpMovieToFile(PL_FileSpec(path.c_str()), dump, compress));
     const Json result = SwfCheckFull(path);

@@ -1,13 +1,36 @@
 // Helpers shared by the unit tests.
 #pragma once
 
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "flio/flaDump.h"
 
 namespace flio_test {
+
+// A directory of this test process's own (ending in '/'), made on first use below
+// the temporary folder and removed with its contents when the process ends, so
+// that runs that overlap never write the same file.
+inline const std::string& RunDir() {
+    static const struct Dir {
+        std::string path;
+        Dir() {
+            std::string pattern = testing::TempDir() + "flio-test-XXXXXX";
+            if (!mkdtemp(pattern.data())) throw std::runtime_error("cannot make a directory below " + testing::TempDir());
+            path = pattern + "/";
+        }
+        ~Dir() {
+            std::error_code ec;
+            std::filesystem::remove_all(path, ec);
+        }
+    } dir;
+    return dir.path;
+}
 
 using Bytes = std::vector<unsigned char>;
 

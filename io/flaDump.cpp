@@ -44,7 +44,8 @@ flaDump::flaDump(const flaDump& o)
       orientation(o.orientation),
       sizeCallback(o.sizeCallback),
       costCode(o.costCode),
-      fontTable(o.fontTable) {
+      fontTable(o.fontTable),
+      writeOptions(o.writeOptions) {
     if (length) std::memcpy(storage.get(), o.storage.get(), length);
 }
 
@@ -62,6 +63,7 @@ flaDump& flaDump::operator=(const flaDump& o) {
         sizeCallback = copy.sizeCallback;
         costCode = copy.costCode;
         fontTable = copy.fontTable;
+        writeOptions = copy.writeOptions;
     }
     return *this;
 }
@@ -230,15 +232,34 @@ void flaDump::TagHeader(unsigned int code, std::uint32_t length, bool longForm) 
 }
 
 flaDump::TagStart flaDump::BeginTag(unsigned int code, bool longForm) {
-    const TagStart tag{GetCurrentPosition(), code, longForm};
+    const TagStart tag{GetCurrentPosition(), code, longForm, false};
     DataU16(flaFormat::HeaderWord(code, longForm ? flaFormat::LongLength : 0));
     if (longForm) DataU32(0UL);  // the length, patched by EndTag
+    return tag;
+}
+
+flaDump::TagStart flaDump::BeginShortestTag(unsigned int code) {
+    TagStart tag = BeginTag(code, false);
+    tag.shortest = true;
     return tag;
 }
 
 void flaDump::EndTag(const TagStart& tag) {
     const int header = tag.longForm ? 6 : 2;
     const auto body = static_cast<std::uint32_t>(GetCurrentPosition() - tag.position - header);
+    if (tag.shortest && body >= flaFormat::LongLength) {
+        // Room for the 32-bit length behind the header word: the body moves by four
+        // bytes. The tag is the last thing written, so nothing else moves.
+        WriteZeroToAlignBlock();
+        Report(32);
+        Reserve(4);
+        const std::size_t from = static_cast<std::size_t>(tag.position) + 2;
+        std::memmove(storage.get() + from + 4, storage.get() + from, length - from);
+        Advance(4);
+        PatchU16(tag.position, flaFormat::LongHeaderWord(tag.code));
+        PatchU32(tag.position + 2, body);
+        return;
+    }
     if (tag.longForm)
         PatchU32(tag.position + 2, body);
     else

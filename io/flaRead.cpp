@@ -292,6 +292,7 @@ std::unique_ptr<flaRead> flaRead::CopyRestOfTag() {
     const int n = DataSize();
     auto copy = std::make_unique<flaRead>(n, buffer + position);
     copy->SetScaling(scaling);
+    copy->SetFaithful(faithful);
     copy->SetVersion(version);
     SkipBytes(n);
     return copy;

@@ -13,6 +13,26 @@ bool flaCharacterInfo::SameBlendAndFilters(const flaCharacterInfo& o) const {
     return filters == o.filters;
 }
 
+bool flaPlacementDetails::operator==(const flaPlacementDetails& o) const {
+    return hasName == o.hasName && name == o.name && hasRatio == o.hasRatio && ratio == o.ratio &&
+           hasClassName == o.hasClassName && className == o.className && hasVisible == o.hasVisible &&
+           visible == o.visible && hasCacheAsBitmap == o.hasCacheAsBitmap && cacheAsBitmap == o.cacheAsBitmap &&
+           hasBackground == o.hasBackground && background == o.background && clipActions == o.clipActions;
+}
+
+bool flaCharacterInfo::SameLook(const flaCharacterInfo& o) const {
+    if (hasBlendMode != o.hasBlendMode || (hasBlendMode && blendMode != o.blendMode)) return false;
+    if (hasFilterList != o.hasFilterList || filters.size() != o.filters.size()) return false;
+    for (std::size_t i = 0; i < filters.size(); ++i) {
+        const FLIO::flaFilter* a = filters[i].get();
+        const FLIO::flaFilter* b = o.filters[i].get();
+        if (a != b && (!a || !a->IsEqual(b))) return false;
+    }
+    if (details.get() == o.details.get()) return true;
+    static const flaPlacementDetails none;
+    return *(details ? details.get() : &none) == *(o.details ? o.details.get() : &none);
+}
+
 void flaCharacterInfo::DumpfilterListInFile(flaDump& dump) const {
     // The count is one byte: at most 255 filters are written, null entries skipped,
     // so that the count always matches the records that follow.

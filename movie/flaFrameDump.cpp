@@ -50,6 +50,11 @@ void flaFrame::DumpFrameInFile(flaDump& dump, const flaFrame* previous, bool wri
     const DisplayList empty;
     const DisplayList& before = previous ? previous->displayList : empty;
     const BlendFilterSummary summary(before);
+    // The classic writer places an instance anew when its colour transform changes,
+    // and compares blend modes and filters with the whole previous frame; with
+    // colorTransformMoves a placement is compared with the one before it at its
+    // depth only, and replaced only when it is another instance.
+    const bool moves = dump.GetWriteOptions().colorTransformMoves;
 
     // Both lists are sorted by depth: walk them together.
     auto p = before.begin();
@@ -63,7 +68,8 @@ void flaFrame::DumpFrameInFile(flaDump& dump, const flaFrame* previous, bool wri
         const flaCharacterInfo* old = (p != before.end() && p->first == depth) ? &p->second : nullptr;
 
         if (old && (old->GetCharacter()->GetId() != e.GetCharacter()->GetId() ||
-                    old->GetClipDepth() != e.GetClipDepth() || old->GetColorXForm() != e.GetColorXForm())) {
+                    old->GetClipDepth() != e.GetClipDepth() ||
+                    (moves ? old->GetInstance() != e.GetInstance() : old->GetColorXForm() != e.GetColorXForm()))) {
             RemoveOneCharacter(dump, depth);
             old = nullptr;
         }
@@ -72,11 +78,18 @@ void flaFrame::DumpFrameInFile(flaDump& dump, const flaFrame* previous, bool wri
             if (StartsSprite(e)) BuiltAndDumpDoAction(&actions, e.GetStartIndex(), std::to_string(depth));
             continue;
         }
-        // Same character, clip depth and colour transform: a move when the blend
-        // mode or filters differ from any entry of the previous frame, or when the
-        // matrix changed. (The colour transform is equal here, so it is never forced.)
-        if (summary.DiffersFromAny(e) || e.GetMatrix() != old->GetMatrix())
+        if (moves) {
+            // A move carries a changed colour transform even when the new one is
+            // empty, so that the old one does not stay.
+            const bool cxChanged = e.GetColorXForm() != old->GetColorXForm();
+            if (cxChanged || !e.SameLook(*old) || e.GetMatrix() != old->GetMatrix())
+                DumpMatrixCharacterInFrame(dump, &e, true, cxChanged);
+        } else if (summary.DiffersFromAny(e) || e.GetMatrix() != old->GetMatrix()) {
+            // Same character, clip depth and colour transform: a move when the blend
+            // mode or filters differ from any entry of the previous frame, or when the
+            // matrix changed. (The colour transform is equal here, so it is never forced.)
             DumpMatrixCharacterInFrame(dump, &e, true, false);
+        }
         SetSpriteFrame(&e, old, &actions);
     }
 
@@ -103,28 +116,57 @@ void flaFrame::DumpMatrixCharacterInFrame(flaDump& dump, const flaCharacterInfo*
     const bool sprite = character->IsSprite();
     const bool writeCx = forceColorTransform || info->HasColorXForm();
     const bool clip = info->GetClipDepth() != 0;
-    const bool extended = info->HasFilterList() || info->HasBlendMode();
+    // The details of an imported placement, written when the stream keeps them.
+    const flaPlacementDetails* d = dump.GetWriteOptions().fileDetails ? info->GetDetails() : nullptr;
+
+    // The instance name: the one the file gave; a sprite otherwise takes its depth
+    // (the name its start actions target), unless the file placed it without one.
+    bool named = sprite && (!d || StartsSprite(*info));
+    std::string name = std::to_string(info->GetDepth());
+    if (d && d->hasName && !move) {
+        named = true;
+        name = d->name;
+    }
+    const bool ratio = d && d->hasRatio;
+    const bool className = d && d->hasClassName && !move;
+    const bool clipActions = d && !d->clipActions.empty() && !move;
+    const bool visible = d && d->hasVisible;
+    const bool cache = d && d->hasCacheAsBitmap;
+    const bool background = d && d->hasBackground;
+    const bool extended =
+        info->HasFilterList() || info->HasBlendMode() || className || visible || cache || background;
 
     unsigned char flags = static_cast<unsigned char>((move ? Place::Move : Place::HasCharacter) | Place::HasMatrix);
     if (clip) flags |= Place::HasClipDepth;
     if (writeCx) flags |= Place::HasColorXForm;
-    if (sprite) flags |= Place::HasName;
+    if (named) flags |= Place::HasName;
+    if (ratio) flags |= Place::HasRatio;
+    if (clipActions) flags |= Place::HasClipActions;
 
-    // PlaceObject3 in the long form; PlaceObject2 in the short form whatever its
-    // length, as the format's original writer did (see flaDump::EndTag).
-    const flaDump::TagStart tag = dump.BeginTag(extended ? flaFormat::PlaceObject3 : flaFormat::PlaceObject2, extended);
+    // PlaceObject3 in the long form. PlaceObject2 in the short form whatever its
+    // length, as the format's original writer did (see flaDump::EndTag); a stream
+    // that keeps the file's details gives a long body the long form instead.
+    const flaDump::TagStart tag = extended ? dump.BeginTag(flaFormat::PlaceObject3)
+                                  : d      ? dump.BeginShortestTag(flaFormat::PlaceObject2)
+                                           : dump.BeginTag(flaFormat::PlaceObject2, false);
     dump.DataU8(flags);
     if (extended) {
         unsigned char flags2 = 0;
         if (info->HasBlendMode()) flags2 |= Place3::HasBlendMode;
         if (info->HasFilterList()) flags2 |= Place3::HasFilterList;
+        if (className) flags2 |= Place3::HasClassName;
+        if (visible) flags2 |= Place3::HasVisible;
+        if (cache) flags2 |= Place3::HasCacheAsBitmap;
+        if (background) flags2 |= Place3::HasOpaqueBackground;
         dump.DataU8(flags2);
     }
     dump.DataU16(static_cast<unsigned short>(info->GetDepth()));
+    if (className) dump.StringPrint(d->className);
     if (!move) dump.DataU16(static_cast<unsigned short>(character->GetId()));
     info->GetMatrix().DumpInFile(dump);
     if (writeCx) info->GetColorXForm().DumpInFile(dump);
-    if (sprite) dump.StringPrint(std::to_string(info->GetDepth()));
+    if (ratio) dump.DataU16(d->ratio);
+    if (named) dump.StringPrint(name);
     if (clip)
         dump.DataU16(static_cast<unsigned short>(info->GetClipDepth()));
     else
@@ -133,7 +175,11 @@ void flaFrame::DumpMatrixCharacterInFrame(flaDump& dump, const flaCharacterInfo*
     if (extended) {
         if (info->HasFilterList()) info->DumpfilterListInFile(dump);
         if (info->HasBlendMode()) dump.DataU8(static_cast<unsigned char>(info->BlendMode()));
+        if (cache) dump.DataU8(d->cacheAsBitmap);
+        if (visible) dump.DataU8(d->visible);
+        if (background) d->background.DumpInFile(dump);
     }
+    if (clipActions) dump.ChunkDump(d->clipActions.data(), static_cast<unsigned int>(d->clipActions.size()));
     dump.EndTag(tag);
 }
 

@@ -43,23 +43,24 @@ bool flaMovie::DumpMovieToBuffer(flaDump& dump) {
     dump.SetFontTable(&fontTable);
     dump.ReserveBytes(MediaBytes());
 
-    // Header. The version byte is always 9.
+    // Header. The version byte is 9, or the file's own when the stream keeps it.
+    const bool details = dump.GetWriteOptions().fileDetails;
     dump.DataU8(static_cast<unsigned char>('F'));
     dump.DataU8(static_cast<unsigned char>('W'));
     dump.DataU8(static_cast<unsigned char>('S'));
-    dump.DataU8(static_cast<unsigned char>(9));
+    dump.DataU8(static_cast<unsigned char>(details && fileVersion > 0 ? fileVersion : 9));
     dump.DataU32(2500UL);  // file length, patched at the end
 
     const auto width = static_cast<std::int32_t>(std::min<std::int64_t>(std::int64_t(frameSizeX) * 20, kMaxTwips));
     const auto height = static_cast<std::int32_t>(std::min<std::int64_t>(std::int64_t(frameSizeY) * 20, kMaxTwips));
     dump.DataRect(0, width, 0, height);
     dump.PadLastByte();
-    dump.DataU16(static_cast<unsigned short>(frameRate << 8));
+    dump.DataU16(details && hasFrameRateWord ? frameRateWord : static_cast<unsigned short>(frameRate << 8));
     dump.DataU16(static_cast<unsigned short>(frames.size()));
 
     DumpAllBitmap(dump);
     DumpAllFonts(dump);
-    streamedSound.DumpHeader(dump);
+    DumpStreamHead(dump);
     DumpTimeline(dump, true);
 
     if (exportPalette) paletteData.Dump(dump);
@@ -68,11 +69,27 @@ bool flaMovie::DumpMovieToBuffer(flaDump& dump) {
     return true;
 }
 
+flaSound* flaMovie::WrittenStream(const flaDump& dump) const {
+    return dump.GetWriteOptions().fileDetails ? importedStreamedSound : nullptr;
+}
+
+void flaMovie::DumpStreamHead(flaDump& dump) const {
+    // An imported stream in its own format when the stream keeps the file's
+    // details; otherwise the export setting's fixed format, if it is on.
+    if (flaSound* stream = WrittenStream(dump))
+        stream->DumpSoundStreamInFile(dump);
+    else
+        streamedSound.DumpHeader(dump);
+}
+
 void flaMovie::DumpTimeline(flaDump& dump, bool writeBackground) const {
+    flaSound* stream = WrittenStream(dump);
     const flaFrame* previous = nullptr;
     for (const auto& framePtr : frames) {
         const flaFrame& frame = *framePtr;
-        if (streamedSound.IsActive() && frame.GetStreamedSound())
+        if (stream && frame.GetStreamedSound())
+            stream->DumpSoundStreamBlockInFile(dump, *frame.GetStreamedSound());
+        else if (!stream && streamedSound.IsActive() && frame.GetStreamedSound())
             streamedSound.DumpBlock(dump, *frame.GetStreamedSound());
         for (unsigned int i = 0; i < frame.GetSoundCount(); ++i) {
             const flaSoundInfo* start = frame.GetSound(i);

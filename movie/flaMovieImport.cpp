@@ -53,6 +53,7 @@ bool flaMovie::ReadMovie(flaRead& reader, Progress* progress) {
     }
     const flaRead::FileHeader file = reader.GetFileHeader();
     reader.SetVersion(file.version);
+    reader.SetFaithful(faithfulImport);
     if (static_cast<std::int32_t>(file.fileLength) < kMinFileLength) {
         std::printf("ERROR: file size is too short\n");
         return false;
@@ -64,6 +65,10 @@ bool flaMovie::ReadMovie(flaRead& reader, Progress* progress) {
     // anything above 100.
     SetFrameRate(header.frameRate >> 8);
     const unsigned short frameCount = header.frameCount;
+    if (faithfulImport) {
+        SetFileVersion(file.version);
+        SetFrameRateWord(header.frameRate);
+    }
 
     if (!frameSizeGiven) {
         const std::int64_t w = std::int64_t(stage.xmax) - stage.xmin;
@@ -77,8 +82,10 @@ bool flaMovie::ReadMovie(flaRead& reader, Progress* progress) {
 
     ParseTags(reader, progress);
 
-    // Let every sprite placed on the main timeline play its frames to the end once.
-    if (spriteEndFrame > static_cast<std::uint32_t>(importFrameIndex)) {
+    // Let every sprite placed on the main timeline play its frames to the end once
+    // (a faithful import keeps the timeline's own length, so that it loops as in
+    // the file).
+    if (!faithfulImport && spriteEndFrame > static_cast<std::uint32_t>(importFrameIndex)) {
         const std::uint32_t extra = spriteEndFrame - static_cast<std::uint32_t>(importFrameIndex);
         CreateImportFrames(extra);
         for (std::uint32_t i = 0; i < extra; ++i) ParseShowFrame();

@@ -47,7 +47,14 @@ bool WriterCanAnnounce(const flaSound& stream) {
 
 }  // namespace
 
-void flaRewrite::PrepareImport(flaMovie& movie) { movie.set_PreProsessStaticCharacters(false); }
+void flaRewrite::PrepareImport(flaMovie& movie, Mode mode) {
+    movie.set_PreProsessStaticCharacters(false);
+    movie.SetFaithfulImport(mode == Faithful);
+}
+
+flaDump::WriteOptions flaRewrite::WriteOptionsFor(const flaMovie& movie) {
+    return movie.IsFaithfulImport() ? flaDump::WriteOptions::Faithful() : flaDump::WriteOptions();
+}
 
 std::set<const flaCharacter*> flaRewrite::PlacedCharacters(const flaMovie& movie) {
     Reach reach;
@@ -100,7 +107,9 @@ flaRewrite::Report flaRewrite::Prepare(flaMovie& movie, flaMovie::Progress* prog
             for (unsigned s = 0; s < frame.GetSoundCount(); ++s) started.insert(frame.GetSound(s)->GetSoundId());
         });
         if (const flaSound* stream = timeline->GetImportedStreamedSound()) {
-            if (WriterCanAnnounce(*stream)) {
+            if (movie.IsFaithfulImport()) {
+                ++report.keptStreams;  // written in its own format
+            } else if (WriterCanAnnounce(*stream)) {
                 timeline->ActivateStreamedSoundExport(static_cast<int>(stream->GetSampleCount()));
                 ++report.keptStreams;
             } else {

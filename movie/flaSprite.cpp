@@ -15,7 +15,10 @@ flaSprite::flaSprite(int id_, flaMovie* parent_) : flaCharacter(id_), flaMovie(-
     // The movie base registered the sprite as the current movie; a sprite is only
     // a part of its parent, which stays the current movie.
     pCurrentMovie = parent;
-    if (parent) importBudget = parent->importBudget;
+    if (parent) {
+        importBudget = parent->importBudget;
+        faithfulImport = parent->faithfulImport;
+    }
 }
 
 flaSprite::flaSprite(int id_, flaMovie* parent_, flaRead& reader) : flaSprite(id_, parent_) { ParseTags(reader); }
@@ -56,7 +59,7 @@ void flaSprite::DumpSpriteInFile(flaDump& dump) const {
     const flaDump::TagStart tag = dump.BeginTag(flaFormat::DefineSprite);
     dump.DataU16(static_cast<unsigned short>(id));
     dump.DataU16(static_cast<unsigned short>(frames.size()));
-    streamedSound.DumpHeader(dump);
+    DumpStreamHead(dump);
     // The sounds were defined above: the timeline writes only their starts.
     DumpTimeline(dump, false);
     dump.TagHeader(flaFormat::End, 0);

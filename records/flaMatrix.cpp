@@ -61,7 +61,10 @@ bool flaMatrix::DumpInFile(flaDump& dump) const {
     const double k = static_cast<double>(dump.GetFrameSizeX());
     const double tx20 = static_cast<double>(TX) * 20.0;
     const double ty20 = static_cast<double>(TY) * 20.0;
-    WritePair(dump, k * tx20, k * ty20);
+    if (dump.GetWriteOptions().exactTwips)  // to the nearest twip, not toward zero
+        WritePair(dump, std::nearbyint(k * tx20), std::nearbyint(k * ty20));
+    else
+        WritePair(dump, k * tx20, k * ty20);
     dump.PadLastByte();
     return true;
 }

@@ -61,6 +61,9 @@ void flaSound::DumpSoundInFile(flaDump& dump) {
     if (alreadyDumped) return;
     dump.SetCostCode(costCode);
     alreadyDumped = true;
+    // A stream that keeps the file's details writes the seek of an MP3 event sound
+    // and the data of every format.
+    const bool details = dump.GetWriteOptions().fileDetails;
     const flaDump::TagStart tag = dump.BeginTag(flaFormat::DefineSound);
     dump.DataU16(static_cast<unsigned short>(soundId));
     dump.DataU8(FormatByte(compressFormat, RateCode(sampleRate), sampleSize, channels));
@@ -70,10 +73,11 @@ void flaSound::DumpSoundInFile(flaDump& dump) {
             dump.DataU16(static_cast<unsigned short>(buffer.GetSamplePerFrame()));
             dump.DataU16(static_cast<unsigned short>(buffer.GetDelay()));
         } else {
-            dump.DataU16(0);  // an event sound's SeekSamples is always 0
+            // The classic writer writes an event sound's SeekSamples as 0.
+            dump.DataU16(static_cast<unsigned short>(details ? buffer.GetDelay() : 0));
         }
     }
-    if (HasSampleData(compressFormat)) dump.ChunkDump(buffer.GetPtr(), buffer.GetSize());
+    if (details || HasSampleData(compressFormat)) dump.ChunkDump(buffer.GetPtr(), buffer.GetSize());
     dump.EndTag(tag);
     dump.SetCostCode(0);
 }
@@ -81,10 +85,14 @@ void flaSound::DumpSoundInFile(flaDump& dump) {
 void flaSound::DumpSoundStreamInFile(flaDump& dump) {
     if (alreadyDumped) return;
     alreadyDumped = true;
-    dump.TagHeader(flaFormat::SoundStreamHead2, flaFormat::SoundStreamHead2Length);
+    // An MP3 stream head ends with the latency seek (kept in the buffer's delay)
+    // when the stream keeps the file's details.
+    const bool latency = dump.GetWriteOptions().fileDetails && compressFormat == MP3;
+    dump.TagHeader(flaFormat::SoundStreamHead2, flaFormat::SoundStreamHead2Length + (latency ? 2 : 0));
     dump.DataU8(streamPlayback);
     dump.DataU8(FormatByte(compressFormat, RateCode(sampleRate), sampleSize, channels));
     dump.DataU16(static_cast<unsigned short>(sampleCount));
+    if (latency) dump.DataU16(static_cast<unsigned short>(buffer.GetDelay()));
 }
 
 void flaSound::DumpSoundStreamBlockInFile(flaDump& dump, const flaBuffer& block) {
@@ -97,7 +105,8 @@ void flaSound::DumpSoundStreamBlockInFile(flaDump& dump, const flaBuffer& block)
             dump.DataU16(0);
         }
     }
-    if (HasSampleData(compressFormat)) dump.ChunkDump(block.GetPtr(), block.GetSize());
+    if (HasSampleData(compressFormat) || dump.GetWriteOptions().fileDetails)
+        dump.ChunkDump(block.GetPtr(), block.GetSize());
     dump.EndTag(tag);
 }
 
@@ -116,7 +125,9 @@ unsigned int DeclaredBytes(unsigned short sampleSize, unsigned short channels, u
 unsigned int flaSound::ReadFormatByte(flaRead& reader) {
     const unsigned char b = reader.GetByte();
     const unsigned int format = b >> SoundByte::FormatShift;
-    if (format <= MP3) compressFormat = static_cast<CompressFormat_e>(format);  // others leave it as it was
+    // The classic import keeps the formats it knows; others leave compressFormat as
+    // it was. A faithful import keeps every format.
+    if (format <= MP3 || reader.IsFaithful()) compressFormat = static_cast<CompressFormat_e>(format);
     sampleRate = flaFormat::SoundRates[(b >> SoundByte::RateShift) & 3u];
     sampleSize = static_cast<unsigned short>((b & SoundByte::Is16Bit) ? 16 : 8);
     channels = static_cast<unsigned short>((b & SoundByte::IsStereo) ? 2 : 1);
@@ -127,11 +138,13 @@ void flaSound::ReadSoundFromFile(flaRead& reader) {
     soundId = reader.GetWord();
     const unsigned int format = ReadFormatByte(reader);
     sampleCount = reader.GetDWord();
+    const unsigned int rest = static_cast<unsigned int>(reader.DataSize());
     switch (format) {
         case NotCompressed: {
-            // An uncompressed event sound gets at least its declared length.
-            unsigned int wanted = static_cast<unsigned int>(reader.DataSize());
-            if (!isStream) wanted = std::max(wanted, DeclaredBytes(sampleSize, channels, sampleCount));
+            // An uncompressed event sound gets at least its declared length (a
+            // faithful import keeps the data as it is).
+            unsigned int wanted = rest;
+            if (!isStream && !reader.IsFaithful()) wanted = std::max(wanted, DeclaredBytes(sampleSize, channels, sampleCount));
             buffer.Read(reader, wanted);
             break;
         }
@@ -147,7 +160,10 @@ void flaSound::ReadSoundFromFile(flaRead& reader) {
             buffer.Read(reader, static_cast<unsigned int>(reader.DataSize()));
             break;
         default:
-            break;  // unknown formats carry no data the library can hold
+            // The classic import holds no data of the other formats; a faithful one
+            // keeps it as it is.
+            if (reader.IsFaithful()) buffer.Read(reader, rest);
+            break;
     }
 }
 
@@ -156,6 +172,9 @@ void flaSound::ReadSoundStreamFromFile(bool /*kind*/, flaRead& reader) {
     streamPlayback = reader.GetByte();
     ReadFormatByte(reader);
     sampleCount = reader.GetWord();
+    // An MP3 stream head ends with its latency seek, which a faithful import keeps
+    // in the buffer's delay.
+    if (reader.IsFaithful() && compressFormat == MP3 && reader.DataSize() >= 2) buffer.SetDelay(reader.GetWord());
 }
 
 flaBuffer* flaSound::ReadSoundStreamBlockFromFile(flaRead& reader) {
@@ -178,6 +197,7 @@ flaBuffer* flaSound::ReadSoundStreamBlockFromFile(flaRead& reader) {
             block->Read(reader, static_cast<unsigned int>(reader.DataSize()));
             break;
         default:
+            if (reader.IsFaithful()) block->Read(reader, static_cast<unsigned int>(reader.DataSize()));
             break;
     }
     return block.release();

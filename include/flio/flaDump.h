@@ -29,6 +29,40 @@ public:
         virtual void AddBits(unsigned int costCode, int bitCount) = 0;
     };
 
+    // How the stream's writers write, beyond what the format's classic writer does.
+    // Everything is off by default, and the stream then writes exactly as the
+    // classic writer always has. Faithful() turns everything on: the choice for a
+    // movie taken over from a file (flaRewrite), so that it is written as the file
+    // had it.
+    struct WriteOptions {
+        // Translations and line widths rounded to the nearest twip (the classic
+        // writer truncates them toward zero, one twip short for many values).
+        bool exactTwips = false;
+        // A placement whose colour transform changes from one frame to the next is
+        // moved with its new transform (the classic writer removes it and places it
+        // again, which restarts a sprite on every frame of a fade). A placement that
+        // is a new instance of the same character (flaCharacterInfo::GetInstance)
+        // is removed and placed again, so that a sprite placed anew restarts.
+        bool colorTransformMoves = false;
+        // Shapes keep every style detail (gradient spread, interpolation and focal
+        // point, up to 15 stops, line caps, joins and fills, bitmap smoothing and
+        // clipping, the winding rule), written as DefineShape4 where DefineShape3
+        // cannot hold them; filters are written with every field as it stands.
+        bool fullStyles = false;
+        // Placements keep their own names, ratios, visibility, bitmap caching,
+        // backgrounds and class names; a PlaceObject2 too long for the short tag
+        // header gets the long one; the movie's file version, exact frame rate and
+        // stage are written as imported; sounds keep their data in every format,
+        // and an imported streamed sound is written in its own format.
+        bool fileDetails = false;
+
+        static WriteOptions Faithful() {
+            WriteOptions o;
+            o.exactTwips = o.colorTransformMoves = o.fullStyles = o.fileDetails = true;
+            return o;
+        }
+    };
+
     flaDump(int frameSizeX, SizeCallback* callback);
     flaDump(const flaDump& other);
     flaDump& operator=(const flaDump& other);
@@ -100,8 +134,12 @@ public:
         int position;  // of the header word
         unsigned int code;
         bool longForm;
+        bool shortest;  // the short form, changed to the long one if the body is too long
     };
     TagStart BeginTag(unsigned int code, bool longForm = true);
+    // A tag in the short form when its body turns out to fit it (below 63 bytes),
+    // otherwise in the long form: EndTag then moves the body to make room.
+    TagStart BeginShortestTag(unsigned int code);
     // The long form gets the body's 32-bit length. The short form keeps its short
     // header whatever the body's size: the length's low 8 bits are OR-ed into the
     // word, as PlaceObject2 has always been written, so a body of 63 bytes or more
@@ -136,6 +174,9 @@ public:
         return n;
 #endif
     }
+
+    void SetWriteOptions(const WriteOptions& options) { writeOptions = options; }
+    const WriteOptions& GetWriteOptions() const { return writeOptions; }
 
     void SetCostCode(unsigned int code) { costCode = code; }
     unsigned int GetCostCode() const { return costCode; }
@@ -251,4 +292,5 @@ private:
     SizeCallback* sizeCallback;
     unsigned int costCode = 0;
     const flaFontTable* fontTable = nullptr;
+    WriteOptions writeOptions;
 };

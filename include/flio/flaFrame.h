@@ -25,6 +25,30 @@ class flaCharacter;
 class flaAction;
 class flaCharacterMatrices;
 
+// What a placement read from a file carries beyond the fields the model edits,
+// kept by a faithful import (flaMovie::SetFaithfulImport) so that a writer whose
+// fileDetails option is on places the instance as the file did. Shared by every
+// copy of the placement (each frame that shows it); treat it as read-only once a
+// placement holds it, and give a placement a new one to change it.
+struct flaPlacementDetails : UT_ShareBase {
+    bool hasName = false;  // the instance name (scripts find the instance by it)
+    std::string name;
+    bool hasRatio = false;  // a morph shape's blend, or a video's frame
+    unsigned short ratio = 0;
+    bool hasClassName = false;
+    std::string className;
+    bool hasVisible = false;  // PlaceObject3 visibility: 0 hides the instance
+    unsigned char visible = 1;
+    bool hasCacheAsBitmap = false;
+    unsigned char cacheAsBitmap = 0;
+    bool hasBackground = false;  // the opaque background of a cached bitmap
+    FLIO::flaRGBA background{0, 0, 0, 0};
+    std::vector<unsigned char> clipActions;  // the CLIPACTIONS record as read; empty when none
+
+    bool operator==(const flaPlacementDetails& o) const;
+    bool operator!=(const flaPlacementDetails& o) const { return !(*this == o); }
+};
+
 // One placed instance: a character at a depth with its matrix, colour transform,
 // clip depth, blend mode and filters. The character is not owned.
 class flaCharacterInfo {
@@ -88,6 +112,21 @@ public:
     // and every filter pointer) are the same in both entries.
     bool SameBlendAndFilters(const flaCharacterInfo& o) const;
 
+    // The instance this entry shows. 0 (the default) tells nothing; a faithful
+    // import numbers the instances it places, so that a character removed and
+    // placed again at the same depth within one frame is a new instance, which a
+    // writer with the colorTransformMoves option removes and places again (a
+    // sprite then restarts, as in the file).
+    unsigned int GetInstance() const { return instance; }
+    void SetInstance(unsigned int serial) { instance = serial; }
+
+    // Details a faithful import keeps (null when there are none).
+    const flaPlacementDetails* GetDetails() const { return details.get(); }
+    void SetDetails(const UT_SharedPtr<const flaPlacementDetails>& d) { details = d; }
+    // The same blend mode, filters (compared by value) and details, for the
+    // faithful writer.
+    bool SameLook(const flaCharacterInfo& o) const;
+
     // The FILTERLIST of PlaceObject3: a count byte, then each filter's record.
     void DumpfilterListInFile(flaDump& dump) const;
 
@@ -104,6 +143,8 @@ private:
     FLIO::eBlendMode blendMode = FLIO::BlendNormal;
     bool hasFilterList = false;
     flaFilterList filters;
+    unsigned int instance = 0;
+    UT_SharedPtr<const flaPlacementDetails> details;
 };
 
 // A frame's display list: its entries by ascending depth, one per depth. Kept in

@@ -103,6 +103,31 @@ public:
     bool SetVersion(int v);
     int GetVersion() const { return version; }
 
+    // The file's own header values, as a faithful import finds them (or as a host
+    // sets them): the version byte (0 when none is set) and the exact 8.8 frame
+    // rate, whose fraction and whose values of 0 or above 100 SetFrameRate refuses.
+    // A stream whose fileDetails option is on writes them; the classic writer
+    // writes version 9 and the integer rate.
+    void SetFileVersion(int v) { fileVersion = v; }
+    int GetFileVersion() const { return fileVersion; }
+    void SetFrameRateWord(unsigned short word) {
+        frameRateWord = word;
+        hasFrameRateWord = true;
+    }
+    bool HasFrameRateWord() const { return hasFrameRateWord; }
+    unsigned short GetFrameRateWord() const { return frameRateWord; }
+
+    // Faithful import, for a movie taken over to be written again (flaRewrite):
+    // placements keep their blend modes, filters, names, ratios, visibility and
+    // caching, and each instance its own number; shapes keep every style detail
+    // and exact twips; texts keep what their records inherit; sounds keep every
+    // format with its data; the file's version and exact frame rate are kept, and
+    // the timeline keeps its own length (the classic import extends it until every
+    // sprite has played once). Set it before the import; off by default, when the
+    // import is the classic one.
+    void SetFaithfulImport(bool on) { faithfulImport = on; }
+    bool IsFaithfulImport() const { return faithfulImport; }
+
     // Palette information (the private palette tag).
     void SetExportPalette(bool on) { exportPalette = on; }
     bool GetExportPalette() const { return exportPalette; }
@@ -230,7 +255,12 @@ protected:
     // import display list.
     struct PlaceFields;
     void ReadPlaceFields(flaRead& reader, unsigned char flags, PlaceFields& fields);
+    void ReadClipActions(flaRead& reader, unsigned char flags, PlaceFields& fields);
     void ApplyPlacement(const PlaceFields& fields);
+    // What a faithful import keeps of a placement: blend mode, filters, details,
+    // and a new instance number for a new placement.
+    void ApplyDetails(const PlaceFields& fields, flaCharacterInfo& info, bool move);
+    void ParsePlaceObject3Faithful(flaRead& reader);
     std::list<ImportEntry>::iterator FindImportEntry(int depth);
     // Appends frames for the import, within the budget.
     void CreateImportFrames(unsigned long long n);
@@ -240,6 +270,10 @@ protected:
     // Every frame of the timeline, each after its stream block, sound definitions
     // and starts: the main timeline and the sprites' alike.
     void DumpTimeline(flaDump& dump, bool writeBackground) const;
+    // The timeline's stream head: the imported stream's own (when the stream keeps
+    // the file's details), else the export setting's.
+    void DumpStreamHead(flaDump& dump) const;
+    flaSound* WrittenStream(const flaDump& dump) const;
     // JPEG tables, JPEG bitmaps, then lossless and lossless-2 bitmaps.
     void DumpAllBitmap(flaDump& dump);
     // The bytes of bitmap, JPEG and sound data the file will carry, so that the
@@ -290,6 +324,10 @@ protected:
     flaCharacter* backgroundShape = nullptr;    // also in characters
     flaQKData paletteData;
     bool frameSizeGiven = false;
+    bool faithfulImport = false;
+    int fileVersion = 0;
+    bool hasFrameRateWord = false;
+    unsigned short frameRateWord = 0;
     flaFontTable fontTable;
     std::unique_ptr<flaCharacterMatrices> characterMatrices;
 
@@ -298,6 +336,7 @@ protected:
     int importFrameIndex = 0;
     std::list<ImportEntry> importDisplayList;
     std::uint32_t spriteEndFrame = 0;
+    unsigned int importInstances = 0;  // instances numbered so far (faithful import)
     ImportBudget ownImportBudget;
     ImportBudget* importBudget = &ownImportBudget;  // the root movie's
 };

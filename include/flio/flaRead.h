@@ -158,6 +158,12 @@ public:
 
     void SetScaling(float s) { scaling = s; }
     float GetScaling() const { return scaling; }
+    // Faithful reading, for a movie taken over to be written again: the readers
+    // keep every detail the file gives (see flaMovie::SetFaithfulImport) instead
+    // of the classic import's reading. Off by default; copies made with
+    // CopyRestOfTag keep it.
+    void SetFaithful(bool on) { faithful = on; }
+    bool IsFaithful() const { return faithful; }
     void SetScreenSizeX(float width);
 
     // Starts bit reading afresh at the current byte (record readers begin here).
@@ -183,6 +189,7 @@ private:
     std::uint32_t size = 0;
     unsigned char* buffer = nullptr;
     float scaling = 1.0f;
+    bool faithful = false;
 
     // Bounds: reads stop at `limit` (the current tag's end once a tag header has
     // been read, the buffer's end before); tag headers stop at `containerEnd`.

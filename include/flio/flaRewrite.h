@@ -1,21 +1,29 @@
-// Writing an imported movie again. The import fills the model for a host that
-// reads a movie; a host that takes a movie over (imports it, perhaps changes it,
-// and writes it back) needs two more steps, one on each side of the import:
+// Taking a movie over: importing it, perhaps changing it, and writing it again.
+// The import fills the model for a host that reads a movie; a host that writes the
+// movie back needs a step on each side of the import, and a stream set to write
+// as the file did:
 //
 //   flaMovie movie;
-//   flaRewrite::PrepareImport(movie);            // before ReadMovieFromFile/Buffer
+//   flaRewrite::PrepareImport(movie, flaRewrite::Faithful);  // before the import
 //   if (!movie.ReadMovieFromFile(file, nullptr)) ...
 //   flaRewrite::Report report = flaRewrite::Prepare(movie);
 //   ... change the movie ...
+//   flaDump dump(width, nullptr);
+//   dump.SetWriteOptions(flaRewrite::WriteOptionsFor(movie));
 //   movie.DumpMovieToFile(out, dump, compress);
 //
-// The written movie shows what the file showed as far as the model holds it;
-// flaMovie::GetUnsupported() names what it does not hold, and the report says what
-// Prepare had to leave out.
+// Faithful mode keeps what the model can show as the file had it (blend modes,
+// filters, full shape styles, exact twips, text colours and positions, every
+// sound format, the timeline's length and timing, the file's version and frame
+// rate); a second import-and-write cycle writes the same bytes. Classic mode runs
+// the classic import and writer, which drop those details. Either way
+// flaMovie::GetUnsupported() names what the model does not hold, and the report
+// says what Prepare had to leave out.
 #pragma once
 
 #include <set>
 
+#include "flio/flaDump.h"
 #include "flio/flaMovie.h"
 
 class flaCharacter;
@@ -35,10 +43,20 @@ public:
         int unplacedCharacters = 0;  // characters no frame places: the writer does not write them
     };
 
+    enum Mode {
+        Classic,   // the classic import, with the static-character pass off
+        Faithful,  // the faithful import (flaMovie::SetFaithfulImport)
+    };
+
     // Switches the static-character pass off, so that shapes and placements keep
-    // the coordinates of the file (the pass would re-centre them). Call it before
-    // the import.
-    static void PrepareImport(flaMovie& movie);
+    // the coordinates of the file (the pass would re-centre them), and, in
+    // faithful mode, the faithful import on. Call it before the import.
+    static void PrepareImport(flaMovie& movie, Mode mode = Classic);
+
+    // The stream options to write a prepared movie with: everything of
+    // flaDump::WriteOptions::Faithful() for a faithfully imported movie, the
+    // classic writer otherwise.
+    static flaDump::WriteOptions WriteOptionsFor(const flaMovie& movie);
 
     // Readies an imported movie for DumpMovieToFile:
     // - decodes every shape (BuildBloated), builds the fonts (buildBloatedFonts) and
@@ -51,8 +69,9 @@ public:
     // - an event sound that no frame starts would be lost (a DefineSound is written
     //   only before a start): it gets a start record with the stop flag in the
     //   first frame, which keeps the definition and plays nothing;
-    // - a streamed sound in the one format the writer announces (ADPCM, 22 kHz,
-    //   16-bit, stereo) is written again; one in another format is left out.
+    // - a streamed sound is written again: in faithful mode in its own format; in
+    //   classic mode only in the one format the classic writer announces (ADPCM,
+    //   22 kHz, 16-bit, stereo), one in another format is left out.
     // `progress`, when given, is told the fraction of the shapes and texts decoded
     // (its result is not looked at).
     static Report Prepare(flaMovie& movie, flaMovie::Progress* progress = nullptr);

@@ -15,31 +15,35 @@ namespace flio_cli {
 namespace {
 
 const char* kRoundtripHelp =
-    "usage: flio roundtrip IN.swf OUT.swf [--compress]\n"
+    "usage: flio roundtrip IN.swf OUT.swf [--compress] [--classic]\n"
     "\n"
     "Imports IN.swf into the movie model and writes the model again as OUT.swf, so that\n"
     "OUT.swf shows what IN.swf showed as far as the model holds it:\n"
-    "  - the stage, frame rate, frames and background colour;\n"
-    "  - every shape, decoded and written as a DefineShape3 in the file's own coordinates;\n"
-    "  - every static text as its glyph outlines (a DefineShape3 under the text's id; the\n"
-    "    fonts themselves are not written);\n"
+    "  - the stage, the file's version and exact frame rate, frames and background colour;\n"
+    "  - every shape, decoded and written in the file's own coordinates (exact twips) with\n"
+    "    every style detail (as DefineShape4 where DefineShape3 cannot hold it);\n"
+    "  - every static text as its glyph outlines (a shape under the text's id; the fonts\n"
+    "    themselves are not written);\n"
     "  - sprites (DefineSprite), each playing its own frames as in the file;\n"
-    "  - placements with their matrices, colour transforms and clip depths;\n"
+    "  - placements with their matrices, colour transforms, clip depths, blend modes,\n"
+    "    filters, names, ratios and visibility;\n"
     "  - lossless and JPEG bitmaps with the JPEG tables;\n"
-    "  - event sounds with their start records. An event sound that no frame starts is\n"
-    "    kept by a start record with the stop flag in the first frame: its definition is\n"
-    "    written only before a start, and a stop of a sound that is not playing plays\n"
-    "    nothing;\n"
-    "  - the streamed sound when it is ADPCM, 22 kHz, 16-bit, stereo (the one format the\n"
-    "    writer announces); in any other format it is left out, with a note.\n"
+    "  - event sounds in their own format with their start and stop records. An event\n"
+    "    sound that no frame starts is kept by a start record with the stop flag in the\n"
+    "    first frame: its definition is written only before a start, and a stop of a\n"
+    "    sound that is not playing plays nothing;\n"
+    "  - the streamed sound in its own format.\n"
     "Not written: what the model does not hold (buttons, morph shapes, actions, edit\n"
-    "texts: 'flio info IN.swf --model' lists them), the filters and blend modes of\n"
-    "placements, instance names, sound stop records, and characters that no frame places;\n"
-    "clipped bitmap fills come back tiled (the importer reads every bitmap fill so).\n"
+    "texts: 'flio info IN.swf --model' lists them) and characters that no frame places.\n"
     "Notes about what was left out go to standard error; a progress bar is drawn there\n"
     "for files that take more than a moment.\n"
     "\n"
     "  --compress   write a zlib-compressed (CWS) file when that is smaller\n"
+    "  --classic    run the classic import and writer instead: blend modes, filters,\n"
+    "               names, style details, sound stops and the file's header values are\n"
+    "               dropped, the streamed sound is kept only when it is ADPCM, 22 kHz,\n"
+    "               16-bit, stereo, and the timeline is extended until every sprite has\n"
+    "               played once\n"
     "\n"
     "Exit status: 0 written, 1 IN.swf cannot be read or OUT.swf cannot be written,\n"
     "2 bad arguments.\n";
@@ -56,10 +60,12 @@ int RunRoundtrip(const Args& args) {
         return 0;
     }
     std::vector<std::string> paths;
-    bool compress = false;
+    bool compress = false, classic = false;
     for (const std::string& a : args) {
         if (a == "--compress") {
             compress = true;
+        } else if (a == "--classic") {
+            classic = true;
         } else if (!a.empty() && a[0] == '-') {
             std::fprintf(stderr, "flio roundtrip: unknown option '%s'\n", a.c_str());
             return 2;
@@ -77,7 +83,7 @@ int RunRoundtrip(const Args& args) {
 
     ProgressBar bar;
     flaMovie movie;
-    flaRewrite::PrepareImport(movie);
+    flaRewrite::PrepareImport(movie, classic ? flaRewrite::Classic : flaRewrite::Faithful);
     bar.SetPhase("importing", 0.0f, 0.5f);
     if (!ImportQuietly(movie, in, "flio roundtrip", &bar)) {
         bar.Finish();
@@ -93,6 +99,7 @@ int RunRoundtrip(const Args& args) {
     int width = 0, height = 0;
     movie.GetFrameSize(width, height);
     flaDump dump(width, nullptr);
+    dump.SetWriteOptions(flaRewrite::WriteOptionsFor(movie));
     bool written;
     {
         QuietStdio quiet;

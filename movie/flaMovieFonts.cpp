@@ -57,3 +57,7 @@ void flaMovie::ParseDefineText(flaRead& reader) {
     characters.push_back(text.get());
     text.release();
 }
+
+void flaMovie::ParseDefineText2(flaRead& reader) { (void)reader; }
+
+void flaMovie::ParseDefineFont3(flaRead& reader) { (void)reader; }

@@ -204,6 +204,15 @@ void flaMovie::DispatchTag(flaRead& reader, unsigned short code) {
             ParseDefineBitsJPEG2(reader);
             break;
         case flaFormat::DefineText2:
+            // A faithful import reads it as a static text (its colours have alpha).
+            if (faithfulImport)
+                ParseDefineText2(reader);
+            else
+                GetUnsupported()->AddUnsupportedElement(flaUnsupported::TextOrEditText);
+            break;
+        case flaFormat::DefineFont3:
+            if (faithfulImport) ParseDefineFont3(reader);
+            break;
         case flaFormat::DefineEditText:
             GetUnsupported()->AddUnsupportedElement(flaUnsupported::TextOrEditText);
             break;

@@ -301,6 +301,10 @@ protected:
     void ParseDefineFontInfo(flaRead& reader);
     void ParseDefineFontInfo2(flaRead& reader);
     void ParseDefineText(flaRead& reader);
+    // A faithful import's: DefineText2 (a static text whose colours have alpha) and
+    // DefineFont3 (glyph outlines in twentieths of the font's units).
+    void ParseDefineText2(flaRead& reader);
+    void ParseDefineFont3(flaRead& reader);
 
     bool preProcessStaticCharacters = true;
     bool exportPalette = false;

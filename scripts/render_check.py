@@ -11,7 +11,8 @@ passes when at most 1 % of the pixels differ at both frames.
                             [-- ROUNDTRIP_OPTIONS...]
 
 --list reads file names (relative to the corpus folder, one per line, '#' starts a
-comment); --all takes every file of the corpus. Files the player itself cannot
+comment), each optionally followed by the frames to compare ("file.swf 1,6,13");
+--all takes every file of the corpus. Files the player itself cannot
 render are listed with its message and do not count as failures. Prints one line
 per file and a summary; exits 1 when a file fails.
 """
@@ -50,7 +51,7 @@ def compare(a, b, diff_out):
         return None, False
 
 
-def check(name, path, args, work):
+def check(name, path, args, work, frame_list):
     base = os.path.join(work, name.replace("/", "__").replace(".swf", ""))
     os.makedirs(base, exist_ok=True)
     out = os.path.join(base, "out.swf")
@@ -59,7 +60,7 @@ def check(name, path, args, work):
     if rt.returncode != 0:
         return {"file": name, "status": "fail", "why": "roundtrip: " + rt.stderr.strip().splitlines()[-1]}
     result = {"file": name, "status": "pass", "frames": {}}
-    for frames in args.frames:
+    for frames in frame_list:
         orig_png = os.path.join(base, f"orig-{frames}.png")
         out_png = os.path.join(base, f"out-{frames}.png")
         why = render(path, orig_png, frames)
@@ -95,15 +96,21 @@ def main():
     args.options = options
     args.frames = [int(f) for f in args.frames.split(",")]
 
-    names = []
+    frames_of = {}
     if args.all:
         for root, _, files in os.walk(CORPUS):
-            names += [os.path.relpath(os.path.join(root, f), CORPUS) for f in files if f.endswith(".swf")]
+            for f in files:
+                if f.endswith(".swf"):
+                    frames_of[os.path.relpath(os.path.join(root, f), CORPUS)] = args.frames
     if args.list:
         with open(args.list) as f:
-            names += [l.split("#")[0].strip() for l in f if l.split("#")[0].strip()]
-    names += args.files
-    names = sorted(set(names))
+            for line in f:
+                fields = line.split("#")[0].split()
+                if fields:
+                    frames_of[fields[0]] = [int(n) for n in fields[1].split(",")] if len(fields) > 1 else args.frames
+    for name in args.files:
+        frames_of[name] = args.frames
+    names = sorted(frames_of)
     if not names:
         ap.error("no files")
 
@@ -114,7 +121,7 @@ def main():
         futures = {}
         for name in names:
             path = name if os.path.isabs(name) else os.path.join(CORPUS, name)
-            futures[pool.submit(check, name, path, args, work)] = name
+            futures[pool.submit(check, name, path, args, work, frames_of[name])] = name
         for fut in concurrent.futures.as_completed(futures):
             r = fut.result()
             results.append(r)

@@ -151,12 +151,28 @@ const unsigned char NonSmoothedClippedBitmap = 0x43;
 // 0x40 of them is the tiling.
 const unsigned char BitmapBits = 0x41;
 const unsigned char TiledBit = 0x40;
+// Within the bitmap types 0x40 to 0x43: the clipped (not repeated) bit and the
+// not-smoothed bit.
+const unsigned char ClippedBit = 0x01;
+const unsigned char NonSmoothedBit = 0x02;
 }  // namespace Fill
 
 // A style array's count byte: this value means that a 16-bit count follows.
 const unsigned char ExtendedStyleCount = 0xFF;
 // The gradient record count is the low four bits of its byte.
 const unsigned char GradientCountMask = 0x0F;
+// The same byte's high bits: spread mode (2 bits), interpolation mode (2 bits).
+namespace Gradient {
+const unsigned int SpreadShift = 6;
+const unsigned int InterpolationShift = 4;
+const unsigned int ModeMask = 3;
+const unsigned int SpreadPad = 0;
+const unsigned int SpreadReflect = 1;
+const unsigned int SpreadRepeat = 2;
+const unsigned int InterpolationNormal = 0;
+const unsigned int InterpolationLinear = 1;
+const unsigned int MaxStops = 15;  // what the four count bits hold
+}  // namespace Gradient
 
 // LINESTYLE2 (DefineShape4): the first flags byte, most significant bit first:
 // start cap (2 bits), join (2 bits), has fill, no horizontal scale, no vertical
@@ -169,8 +185,23 @@ const unsigned char NoHScale = 0x04;
 const unsigned char NoVScale = 0x02;
 const unsigned char PixelHinting = 0x01;
 const unsigned char NoClose = 0x04;  // second byte
+const unsigned char EndCapMask = 0x03;  // second byte
+const unsigned int CapMask = 3;       // the start cap and the join after their shift
+const unsigned int CapRound = 0;
+const unsigned int CapNone = 1;
+const unsigned int CapSquare = 2;
+const unsigned int JoinRound = 0;
+const unsigned int JoinBevel = 1;
 const unsigned int JoinMiter = 2;     // a join of 2 brings a 16-bit miter limit
 }  // namespace Line2
+
+// DefineShape4's flags byte after the edge bounds: 5 reserved bits, then the fill
+// winding rule (non-zero instead of even-odd), non-scaling strokes, scaling strokes.
+namespace Shape4 {
+const unsigned char FillWindingRule = 0x04;
+const unsigned char NonScalingStrokes = 0x02;
+const unsigned char ScalingStrokes = 0x01;
+}  // namespace Shape4
 
 // The style-change record's five flags, most significant first.
 namespace ShapeRecord {

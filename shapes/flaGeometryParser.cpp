@@ -1,5 +1,5 @@
-// Reading shapes: style arrays and shape records of DefineShape to DefineShape4,
-// decoded into sub-geometries on demand.
+// Reading shapes: the shape records of DefineShape to DefineShape4, decoded into
+// sub-geometries on demand (the style records are read in flaStyleRecords.cpp).
 #include <cstdint>
 #include <memory>
 
@@ -10,7 +10,6 @@
 
 namespace {
 
-namespace Fill = flaFormat::Fill;
 namespace ShapeRecord = flaFormat::ShapeRecord;
 
 // Pen arithmetic that cannot overflow on hostile data: the pen saturates instead.
@@ -19,12 +18,6 @@ int AddClamped(int a, std::int32_t b) {
     if (s > INT32_MAX) return INT32_MAX;
     if (s < INT32_MIN) return INT32_MIN;
     return static_cast<int>(s);
-}
-
-unsigned int ReadStyleCount(flaRead& reader) {
-    unsigned int n = reader.GetByte();
-    if (n == flaFormat::ExtendedStyleCount) n = reader.GetWord();
-    return n;
 }
 
 }  // namespace
@@ -135,66 +128,6 @@ bool flaGeometry::ParseShapeRecord(int& x, int& y, bool alpha, flaRead& in, flaG
     return false;
 }
 
-// ---- style arrays ----
-
-void flaSubGeometry::ParseFillStyle(int characterId, flaRead& in, bool alpha) {
-    const unsigned int type = in.GetByte();
-    const int index = static_cast<int>(fills.GetSize()) + fillIndexBase;
-    if (type == Fill::LinearGradient || type == Fill::RadialGradient || type == Fill::FocalRadialGradient) {
-        flaMatrix matrix;
-        matrix.ReadFromFile(in);
-        const unsigned int records = in.GetByte() & flaFormat::GradientCountMask;
-        flaGradientSteps steps;
-        for (unsigned int i = 0; i < records; ++i) {
-            const unsigned int ratio = in.GetByte();
-            const FLIO::flaRGBA colour = in.GetColor(alpha);
-            steps.Add(colour, static_cast<int>(ratio));  // stops past the eighth are dropped
-        }
-        if (type == Fill::FocalRadialGradient) in.GetFixed8();  // focal point, not kept
-        fills.Add(new flaColor(characterId, index, 0,
-                               type == Fill::LinearGradient ? flaColor::LinearGradient : flaColor::RadialGradient, steps,
-                               matrix));
-    } else if ((type & Fill::BitmapBits) == 0) {
-        const FLIO::flaRGBA colour = in.GetColor(alpha);
-        fills.Add(new flaColor(characterId, index, 0, flaColor::Solid, colour));
-    } else {
-        // Every other type is a bitmap fill; only the tiling bit counts.
-        const int bitmapId = in.GetWord();
-        flaMatrix matrix;
-        matrix.ReadFromFile(in);
-        fills.Add(new flaColor(characterId, index, 0, flaColor::Bitmap, (type & Fill::TiledBit) != 0, bitmapId, matrix));
-    }
-}
-
-void flaSubGeometry::ParseShapeStyle(bool alpha, flaRead& in, int characterId, flaShape::ShapeVersion version) {
-    const unsigned int fillCount = ReadStyleCount(in);
-    for (unsigned int i = 0; i < fillCount; ++i) ParseFillStyle(characterId, in, alpha);
-
-    const unsigned int lineCount = ReadStyleCount(in);
-    const float factor = in.GetScaling();
-    for (unsigned int i = 0; i < lineCount; ++i) {
-        const unsigned int width = in.GetWord();
-        FLIO::flaRGBA colour(0, 0, 0, 255);  // a line drawn with a fill style has no colour of its own
-        if (version == flaShape::DefineShape4) {
-            const unsigned int flags = in.GetByte();
-            in.GetByte();  // reserved bits, NoClose, EndCapStyle
-            const unsigned int join = (flags >> flaFormat::Line2::JoinShift) & 3u;
-            const bool hasFill = (flags & flaFormat::Line2::HasFill) != 0;
-            if (join == flaFormat::Line2::JoinMiter) in.GetWord();  // miter limit factor
-            if (hasFill)
-                ParseFillStyle(characterId, in, alpha);
-            else
-                colour = in.GetColor(true);
-        } else {
-            colour = in.GetColor(alpha);
-        }
-        // One twip or less is a hairline, the inverse of the writer's rule.
-        const float lineWidth = width <= 1 ? 0.0f : static_cast<float>(width) * factor;
-        lines.Add(new flaColor(characterId, static_cast<int>(lines.GetSize()) + lineIndexBase, 0, flaColor::Line,
-                               colour, lineWidth));
-    }
-}
-
 // ---- decoding a stored shape ----
 
 void flaGeometry::BuildBloated() {
@@ -206,8 +139,13 @@ void flaGeometry::BuildBloated() {
         SRECT bounds;
         reader->GetRect(&bounds);  // rebuilt from the strokes instead
         if (version == flaShape::DefineShape4) {
-            reader->GetRect(&bounds);  // edge bounds
-            reader->GetByte();         // winding rule and stroke scaling flags
+            reader->GetRect(&bounds);  // edge bounds, rebuilt too
+            const unsigned int flags = reader->GetByte();
+            if (reader->IsFaithful()) {
+                fillWindingRule = (flags & flaFormat::Shape4::FillWindingRule) != 0;
+                nonScalingStrokes = (flags & flaFormat::Shape4::NonScalingStrokes) != 0;
+                scalingStrokes = (flags & flaFormat::Shape4::ScalingStrokes) != 0;
+            }
         }
         flaSubGeometry* first = AddChildGeometry();
         first->ParseShapeStyle(withAlpha, *reader, id, version);

@@ -1,4 +1,5 @@
-// Writing shapes: the DefineShape3 tag, style-change records and edge records.
+// Writing shapes: the DefineShape3 or DefineShape4 tag, style-change records and
+// edge records.
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -9,6 +10,7 @@
 #include "flio/flaRead.h"
 #include "io/flaConvert.h"
 #include "io/flaFormat.h"
+#include "shapes/flaStyleRecords.h"
 
 namespace {
 
@@ -80,16 +82,40 @@ void WriteCurvedEdge(flaDump& dump, const TwipPoint& control, const TwipPoint& a
     WriteSigned(dump, ay, bits);
 }
 
+// A shape's bounds RECT, widened by half of maxLineWidth (model units); a shape
+// without points has zero bounds. With exactTwips the width is the one written
+// for the line, rounded to the nearest twip.
+void DumpBounds(flaDump& dump, const flaBoundingBox& box, float maxLineWidth) {
+    if (box.IsEmpty()) {
+        dump.DataRect(0, 0, 0, 0);
+        return;
+    }
+    if (!dump.GetWriteOptions().exactTwips) {
+        box.DumpInFile(dump, maxLineWidth);
+        return;
+    }
+    using flio_detail::RoundBySign;
+    const double k = static_cast<double>(dump.GetFrameSizeX()) * 20.0;
+    const double h =
+        maxLineWidth == 0.0f ? 0.0 : static_cast<double>(flio_shapes::LineWidthTwips(maxLineWidth, dump)) * 0.5;
+    dump.DataRect(RoundBySign(box.xMin * k - h, box.xMin), RoundBySign(box.xMax * k + h, box.xMax),
+                  RoundBySign(box.yMin * k - h, box.yMin), RoundBySign(box.yMax * k + h, box.yMax));
+}
+
 }  // namespace
 
 void flaSubGeometry::DumpStyleBits(flaDump& dump, int& fillBits, int& lineBits, bool glyph) const {
+    DumpStyleBits(dump, fillBits, lineBits, glyph, false);
+}
+
+void flaSubGeometry::DumpStyleBits(flaDump& dump, int& fillBits, int& lineBits, bool glyph, bool lineStyle2) const {
     if (glyph) {
         // Glyph outlines carry no style arrays; a glyph normally has no lines at all.
         fillBits = flaDump::GetBitNumber(static_cast<int>(fills.GetSize()));
         lineBits = lines.IsEmpty() ? 0 : flaDump::GetBitNumber(static_cast<int>(lines.GetSize()));
     } else {
-        fillBits = fills.DumpStyleArray(dump);
-        lineBits = lines.DumpStyleArray(dump);
+        fillBits = fills.DumpStyleArray(dump, lineStyle2);
+        lineBits = lines.DumpStyleArray(dump, lineStyle2);
     }
     dump.Bits(static_cast<std::uint32_t>(fillBits), 4);
     dump.Bits(static_cast<std::uint32_t>(lineBits), 4);
@@ -147,6 +173,10 @@ void flaSubGeometry::DumpStrokeList(flaDump& dump, int fillBits, int lineBits) c
 }
 
 void flaSubGeometry::Dump(flaDump& dump, int& fillBits, int& lineBits, bool glyph) const {
+    Dump(dump, fillBits, lineBits, glyph, false);
+}
+
+void flaSubGeometry::Dump(flaDump& dump, int& fillBits, int& lineBits, bool glyph, bool lineStyle2) const {
     dump.Bit(false);   // not an edge
     dump.Bit(!glyph);  // new styles (a glyph has no style arrays)
     dump.Bit(true);    // line style
@@ -160,24 +190,26 @@ void flaSubGeometry::Dump(flaDump& dump, int& fillBits, int& lineBits, bool glyp
     dump.Bits(0, fillBits);
     dump.Bits(0, lineBits);
     if (!glyph) {
-        fillBits = fills.DumpStyleArray(dump);
-        lineBits = lines.DumpStyleArray(dump);
+        fillBits = fills.DumpStyleArray(dump, lineStyle2);
+        lineBits = lines.DumpStyleArray(dump, lineStyle2);
         dump.Bits(static_cast<std::uint32_t>(fillBits), 4);
         dump.Bits(static_cast<std::uint32_t>(lineBits), 4);
     }
     DumpStrokeList(dump, fillBits, lineBits);
 }
 
-void flaGeometry::DumpShapeBody(flaDump& dump, bool glyph) const {
+void flaGeometry::DumpShapeBody(flaDump& dump, bool glyph) const { DumpShapeBody(dump, glyph, false); }
+
+void flaGeometry::DumpShapeBody(flaDump& dump, bool glyph, bool lineStyle2) const {
     int fillBits = 0, lineBits = 0;
     if (subGeometries.empty()) {
         const flaSubGeometry none(nullptr, 0, 0);
-        none.DumpStyleBits(dump, fillBits, lineBits, glyph);
+        none.DumpStyleBits(dump, fillBits, lineBits, glyph, lineStyle2);
     } else {
-        subGeometries[0]->DumpStyleBits(dump, fillBits, lineBits, glyph);
+        subGeometries[0]->DumpStyleBits(dump, fillBits, lineBits, glyph, lineStyle2);
         subGeometries[0]->DumpStrokeList(dump, fillBits, lineBits);
         for (std::size_t i = 1; i < subGeometries.size(); ++i)
-            subGeometries[i]->Dump(dump, fillBits, lineBits, glyph);
+            subGeometries[i]->Dump(dump, fillBits, lineBits, glyph, lineStyle2);
     }
     dump.Bits(0, 6);  // end of shape
     dump.PadLastByte();
@@ -191,6 +223,7 @@ void flaGeometry::DumpCharacterInFile(flaDump& dump) const {
         flaGeometry copy(id);
         copy.reader = new flaRead(static_cast<int>(reader->GetSize()), reader->GetBuffer());
         copy.reader->SetScaling(reader->GetScaling());
+        copy.reader->SetFaithful(reader->IsFaithful());
         copy.version = version;
         copy.withAlpha = withAlpha;
         copy.transformation = transformation;
@@ -204,14 +237,40 @@ void flaGeometry::DumpCharacterInFile(flaDump& dump) const {
         return;
     }
 
-    const flaDump::TagStart tag = dump.BeginTag(flaFormat::DefineShape3);
+    const bool shape4 = dump.GetWriteOptions().fullStyles && NeedsDefineShape4();
+    const flaDump::TagStart tag = dump.BeginTag(shape4 ? flaFormat::DefineShape4 : flaFormat::DefineShape3);
     dump.DataU16(static_cast<unsigned short>(id));
-    if (bbox.IsEmpty()) {
-        flaBoundingBox zero;
-        zero.xMin = zero.xMax = zero.yMin = zero.yMax = 0.0;
-        zero.DumpInFile(dump, 0.0f);
-    } else
-        bbox.DumpInFile(dump, GetMaxLineWidth());
-    DumpShapeBody(dump, false);
+    DumpBounds(dump, bbox, GetMaxLineWidth());
+    if (shape4) {
+        dump.PadLastByte();            // every RECT starts on a byte
+        DumpBounds(dump, bbox, 0.0f);  // the edge bounds: the points alone
+        dump.DataU8(Shape4Flags());
+    }
+    DumpShapeBody(dump, false, shape4);
     dump.EndTag(tag);
+}
+
+bool flaGeometry::NeedsDefineShape4() const {
+    if (fillWindingRule || nonScalingStrokes || scalingStrokes) return true;
+    return std::any_of(subGeometries.begin(), subGeometries.end(),
+                       [](const flaSubGeometry* s) { return s->NeedsDefineShape4(); });
+}
+
+unsigned char flaGeometry::Shape4Flags() const {
+    bool nonScaling = nonScalingStrokes, scaling = scalingStrokes;
+    if (version != flaShape::DefineShape4) {
+        // No flags of the file's own: the hints that the lines call for.
+        for (const flaSubGeometry* s : subGeometries)
+            for (unsigned int i = 0; i < s->GetLines().GetSize(); ++i) {
+                const flaLineDetails& d = s->GetLines()[i]->GetLineDetails();
+                if (d.noHScale || d.noVScale)
+                    nonScaling = true;
+                else
+                    scaling = true;
+            }
+    }
+    unsigned int flags = fillWindingRule ? flaFormat::Shape4::FillWindingRule : 0u;
+    if (nonScaling) flags |= flaFormat::Shape4::NonScalingStrokes;
+    if (scaling) flags |= flaFormat::Shape4::ScalingStrokes;
+    return static_cast<unsigned char>(flags);
 }

@@ -1,13 +1,11 @@
 #include "flio/flaStyle.h"
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 
 #include "flio/flaDump.h"
-#include "io/flaConvert.h"
 #include "io/flaFormat.h"
-
-namespace Fill = flaFormat::Fill;
 
 // ---- flaGradientSteps ----
 
@@ -72,7 +70,47 @@ bool flaColor::IsCompatible(const flaColor& o) const {
     return false;
 }
 
+void flaColor::SetExtraStops(const std::vector<flaGradientStop>& stops) {
+    const std::size_t room = flaFormat::Gradient::MaxStops - flaGradientSteps::MaxSteps;
+    extraStops.assign(stops.begin(), stops.begin() + static_cast<std::ptrdiff_t>(std::min(stops.size(), room)));
+}
+
+flaGradientStop flaColor::GetStop(int i) const {
+    if (i < gradient.NbColours()) {
+        const auto u = static_cast<unsigned int>(i);
+        return flaGradientStop{gradient.Colour(u), gradient.Pos(u)};
+    }
+    return extraStops[static_cast<std::size_t>(i - gradient.NbColours())];
+}
+
+void flaColor::SetLineFill(const flaColor* fill) {
+    lineFill = fill && fill->type != Line ? std::make_shared<const flaColor>(*fill) : nullptr;
+}
+
+bool flaColor::NeedsDefineShape4() const {
+    switch (type) {
+        case Line:
+            return lineFill != nullptr || !lineDetails.IsDefault();
+        case LinearGradient:
+        case RadialGradient:
+            return !extraStops.empty() || gradientDetails.spread != flaGradientDetails::Pad ||
+                   gradientDetails.interpolation != flaGradientDetails::NormalRGB ||
+                   (type == RadialGradient && gradientDetails.focal);
+        case Bitmap:
+            return !bitmapSmoothed;
+        case Solid:
+            break;
+    }
+    return false;
+}
+
 void flaColor::Transform(const flaMatrix& m) {
+    if (lineFill) {
+        // The fill is shared with the copies of this line: transform a copy of it.
+        auto fill = std::make_shared<flaColor>(*lineFill);
+        fill->Transform(m);
+        lineFill = std::move(fill);
+    }
     switch (type) {
         case LinearGradient:
         case RadialGradient:
@@ -85,40 +123,6 @@ void flaColor::Transform(const flaMatrix& m) {
             lineWidth *= std::sqrt(std::fabs(m.GetD() * m.GetA() - m.GetC() * m.GetB()));
             break;
         case Solid:
-            break;
-    }
-}
-
-void flaColor::DumpColorInFile(flaDump& dump) const {
-    switch (type) {
-        case Solid:
-            dump.DataU8(Fill::Solid);
-            color.DumpInFile(dump);
-            break;
-        case Line: {
-            // A hairline has no width of its own: it is written as one twip.
-            std::int64_t twips = 1;
-            if (lineWidth != 0.0f)
-                twips = flio_detail::TruncToInt64(static_cast<double>(lineWidth) * 20.0 * dump.GetFrameSizeX());
-            dump.DataU16(static_cast<unsigned short>(twips & 0xFFFF));
-            color.DumpInFile(dump);
-            break;
-        }
-        case LinearGradient:
-        case RadialGradient: {
-            dump.DataU8(type == LinearGradient ? Fill::LinearGradient : Fill::RadialGradient);
-            matrix.DumpInFile(dump);
-            dump.DataU8(static_cast<unsigned char>(gradient.NbColours()));
-            for (unsigned int i = 0; i < static_cast<unsigned int>(gradient.NbColours()); ++i) {
-                dump.DataU8(gradient.Pos(i));
-                gradient.Colour(i).DumpInFile(dump);
-            }
-            break;
-        }
-        case Bitmap:
-            dump.DataU8(fillBitsTiled ? Fill::RepeatingBitmap : Fill::ClippedBitmap);
-            dump.DataU16(static_cast<unsigned short>(bitmapId));
-            matrix.DumpInFile(dump);
             break;
     }
 }
@@ -181,7 +185,13 @@ bool flaColorList::CheckColorAlreadyExist(const flaColor* colour) const {
     return false;
 }
 
-int flaColorList::DumpStyleArray(flaDump& dump) const {
+bool flaColorList::NeedsDefineShape4() const {
+    return std::any_of(colours.begin(), colours.end(), [](const flaColor* c) { return c->NeedsDefineShape4(); });
+}
+
+int flaColorList::DumpStyleArray(flaDump& dump) const { return DumpStyleArray(dump, false); }
+
+int flaColorList::DumpStyleArray(flaDump& dump, bool lineStyle2) const {
     const unsigned int count = GetSize();
     if (count < flaFormat::ExtendedStyleCount) {
         dump.DataU8(static_cast<unsigned char>(count));
@@ -189,6 +199,6 @@ int flaColorList::DumpStyleArray(flaDump& dump) const {
         dump.DataU8(flaFormat::ExtendedStyleCount);
         dump.DataU16(static_cast<unsigned short>(count));
     }
-    for (const flaColor* c : colours) c->DumpColorInFile(dump);
+    for (const flaColor* c : colours) c->DumpColorInFile(dump, lineStyle2);
     return flaDump::GetBitNumber(static_cast<int>(count));
 }

@@ -1,4 +1,5 @@
-// Shapes: flaGeometry (a shape character, written as a DefineShape3 tag) made of
+// Shapes: flaGeometry (a shape character, written as a DefineShape3 tag, or as a
+// DefineShape4 tag when it holds what only that tag can) made of
 // flaSubGeometry layers, each with its own fill list, line list and strokes
 // (flaStroke point lists drawn with a flaStyle). Shapes imported from a file keep
 // their tag bytes and are decoded on demand by BuildBloated(), one shape record at a
@@ -116,6 +117,8 @@ public:
     // glyph, which has no style arrays) and then both index bit counts in 4 bits
     // each; it returns the counts through fillBits and lineBits.
     void DumpStyleBits(flaDump& dump, int& fillBits, int& lineBits, bool glyph) const;
+    // The same with the lines written as LINESTYLE2 when lineStyle2 is set.
+    void DumpStyleBits(flaDump& dump, int& fillBits, int& lineBits, bool glyph, bool lineStyle2) const;
     // The shape records of the strokes, with the given index bit counts. The pen
     // starts at (0, 0).
     void DumpStrokeList(flaDump& dump, int fillBits, int lineBits) const;
@@ -123,6 +126,9 @@ public:
     // and clears the three styles, carrying this layer's style arrays and new bit
     // counts (for a glyph: no new styles, the bit counts stay), then the strokes.
     void Dump(flaDump& dump, int& fillBits, int& lineBits, bool glyph = false) const;
+    void Dump(flaDump& dump, int& fillBits, int& lineBits, bool glyph, bool lineStyle2) const;
+    // True when a fill or line of the layer needs DefineShape4.
+    bool NeedsDefineShape4() const { return fills.NeedsDefineShape4() || lines.NeedsDefineShape4(); }
 
     // Reading: a FILLSTYLEARRAY then a LINESTYLEARRAY; one FILLSTYLE.
     void ParseShapeStyle(bool withAlpha, flaRead& reader, int characterId, flaShape::ShapeVersion version);
@@ -155,8 +161,10 @@ public:
     flaGeometry& operator=(const flaGeometry&) = delete;
     ~flaGeometry() override;
 
-    // Writes a DefineShape3 tag. A shape read from a file that has not been
-    // decoded is decoded into a temporary copy for writing.
+    // Writes a DefineShape3 tag, or with the stream's fullStyles option a
+    // DefineShape4 tag when the shape needs it (NeedsDefineShape4). A shape read
+    // from a file that has not been decoded is decoded into a temporary copy for
+    // writing.
     void DumpCharacterInFile(flaDump& dump) const override;
     // Stored only; applied to the points by BuildBloated().
     void SetTransformation(const flaMatrix& m) override;
@@ -172,6 +180,20 @@ public:
     void UpdateBBox(const flaPoint& p) { bbox.UpdateBBox(p); }
     float GetMaxLineWidth() const;
     void Transform(const flaMatrix& m);
+
+    // DefineShape4's flags, kept by a faithful import: the fills use the non-zero
+    // winding rule (instead of even-odd), and the hints that the shape has lines
+    // that do not scale with it and lines that do. A DefineShape4 tag written for a
+    // shape read from another tag (or built in memory) also gets the hints that
+    // its lines call for.
+    bool GetFillWindingRule() const { return fillWindingRule; }
+    void SetFillWindingRule(bool on) { fillWindingRule = on; }
+    bool GetNonScalingStrokes() const { return nonScalingStrokes; }
+    void SetNonScalingStrokes(bool on) { nonScalingStrokes = on; }
+    bool GetScalingStrokes() const { return scalingStrokes; }
+    void SetScalingStrokes(bool on) { scalingStrokes = on; }
+    // True when one of the flags above is set or a layer needs DefineShape4.
+    bool NeedsDefineShape4() const;
 
     flaShape::ShapeVersion GetVersion() const { return version; }
     bool GetWithAlpha() const { return withAlpha; }
@@ -193,10 +215,15 @@ protected:
     // Writes the style arrays of the first layer, every layer's records and the end
     // record (the SHAPEWITHSTYLE body after the bounds; for a glyph, the SHAPE body).
     void DumpShapeBody(flaDump& dump, bool glyph) const;
+    // The same with the lines written as LINESTYLE2 when lineStyle2 is set.
+    void DumpShapeBody(flaDump& dump, bool glyph, bool lineStyle2) const;
     flaRead* GetStoredReader() const { return reader; }
     void MarkBloated() { isBloated = 1; }
 
 private:
+    // DefineShape4's flags byte as written.
+    unsigned char Shape4Flags() const;
+
     std::vector<flaSubGeometry*> subGeometries;
     flaShape::ShapeVersion version;
     int isBloated = 0;
@@ -205,6 +232,9 @@ private:
     bool withAlpha;
     flaMatrix transformation;
     bool hasTransformation = false;
+    bool fillWindingRule = false;
+    bool nonScalingStrokes = false;
+    bool scalingStrokes = false;
 };
 
 // The state of the shape-record parser between two records.

@@ -1,12 +1,14 @@
 // Fill and line styles of shapes: flaColor (a solid fill, a line style, a linear or
 // radial gradient fill or a bitmap fill), flaGradientSteps (the colour stops of a
-// gradient), flaStyle (the left fill, right fill and line that an edge carries) and
-// flaColorList (the owning list of colours of one sub-geometry, which also writes
-// itself as an SWF FILLSTYLEARRAY or LINESTYLEARRAY).
+// gradient), flaGradientDetails and flaLineDetails (what DefineShape4 adds to
+// gradients and lines), flaStyle (the left fill, right fill and line that an edge
+// carries) and flaColorList (the owning list of colours of one sub-geometry, which
+// also writes itself as an SWF FILLSTYLEARRAY or LINESTYLEARRAY).
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "flio/flaMatrix.h"
@@ -42,6 +44,67 @@ private:
     FLIO::flaRGBA colours[MaxSteps] = {};
     unsigned char positions[MaxSteps] = {};
     std::uint32_t count = 0;
+};
+
+// One colour stop of a gradient: its colour and its position (0 to 255).
+struct flaGradientStop {
+    FLIO::flaRGBA colour{0, 0, 0, 0};
+    unsigned char position = 0;
+
+    bool operator==(const flaGradientStop& o) const { return colour == o.colour && position == o.position; }
+    bool operator!=(const flaGradientStop& o) const { return !(*this == o); }
+};
+
+// How a gradient spreads past its ends, how it blends its stops, and the focal
+// point of a focal radial gradient. The defaults are what a DefineShape3 gradient
+// draws; any other value needs DefineShape4.
+struct flaGradientDetails {
+    enum Spread : unsigned char { Pad = 0, Reflect = 1, Repeat = 2 };
+    enum Interpolation : unsigned char { NormalRGB = 0, LinearRGB = 1 };
+
+    Spread spread = Pad;
+    Interpolation interpolation = NormalRGB;
+    // A radial gradient whose centre of colour is moved along its x axis by
+    // focalPoint (-1 to 1, kept as a signed 8.8 value). Ignored for a linear one.
+    bool focal = false;
+    float focalPoint = 0.0f;
+
+    bool IsDefault() const { return spread == Pad && interpolation == NormalRGB && !focal; }
+    bool operator==(const flaGradientDetails& o) const {
+        return spread == o.spread && interpolation == o.interpolation && focal == o.focal &&
+               focalPoint == o.focalPoint;
+    }
+    bool operator!=(const flaGradientDetails& o) const { return !(*this == o); }
+};
+
+// The caps, join and scaling of a line. The defaults are what a DefineShape3 line
+// draws (round caps and joins, scaled with the shape, closed paths joined); any
+// other value needs DefineShape4.
+struct flaLineDetails {
+    enum Cap : unsigned char { RoundCap = 0, NoCap = 1, SquareCap = 2 };
+    enum Join : unsigned char { RoundJoin = 0, BevelJoin = 1, MiterJoin = 2 };
+
+    Cap startCap = RoundCap;
+    Join join = RoundJoin;
+    Cap endCap = RoundCap;
+    // How far a miter join may reach, in line widths (kept as an unsigned 8.8
+    // value); only meaningful with MiterJoin.
+    float miterLimit = 3.0f;
+    bool noHScale = false;      // the width does not follow horizontal scaling
+    bool noVScale = false;      // nor vertical scaling
+    bool pixelHinting = false;  // anchors and widths snap to whole pixels
+    bool noClose = false;       // a path that ends where it starts gets caps, not a join
+
+    bool IsDefault() const {
+        return startCap == RoundCap && join == RoundJoin && endCap == RoundCap && !noHScale && !noVScale &&
+               !pixelHinting && !noClose;
+    }
+    bool operator==(const flaLineDetails& o) const {
+        return startCap == o.startCap && join == o.join && endCap == o.endCap &&
+               (join != MiterJoin || miterLimit == o.miterLimit) && noHScale == o.noHScale &&
+               noVScale == o.noVScale && pixelHinting == o.pixelHinting && noClose == o.noClose;
+    }
+    bool operator!=(const flaLineDetails& o) const { return !(*this == o); }
 };
 
 class flaColor {
@@ -94,6 +157,35 @@ public:
     // True for linear gradients only.
     bool GetGradientType() const { return type == LinearGradient; }
 
+    // Details kept by a faithful import (flaRead::IsFaithful) and written when the
+    // stream's options ask for full styles (flaDump::WriteOptions::fullStyles).
+    // Gradients: spread, interpolation and focal point, and the stops past the
+    // eighth (up to 15 in all; flaGradientSteps holds the first eight).
+    const flaGradientDetails& GetGradientDetails() const { return gradientDetails; }
+    void SetGradientDetails(const flaGradientDetails& d) { gradientDetails = d; }
+    const std::vector<flaGradientStop>& GetExtraStops() const { return extraStops; }
+    // Keeps the first 15 - 8 = 7 stops given.
+    void SetExtraStops(const std::vector<flaGradientStop>& stops);
+    // The stops of GetGradientSteps() then the extra ones.
+    int GetAllStopCount() const { return gradient.NbColours() + static_cast<int>(extraStops.size()); }
+    // No bounds check: i must be below GetAllStopCount().
+    flaGradientStop GetStop(int i) const;
+    // Bitmap fills: smoothed when scaled (the default), or drawn with hard pixels.
+    bool GetBitmapSmoothed() const { return bitmapSmoothed; }
+    void SetBitmapSmoothed(bool on) { bitmapSmoothed = on; }
+    void SetFillBitsTiled(bool on) { fillBitsTiled = on; }
+    // Lines: caps, join, scaling, and the fill that paints the line instead of its
+    // colour (a gradient or bitmap fill; null for a line drawn in its colour). The
+    // fill is held by the line, not by the layer's fill list; copies of the line
+    // share it until one of them is transformed.
+    const flaLineDetails& GetLineDetails() const { return lineDetails; }
+    void SetLineDetails(const flaLineDetails& d) { lineDetails = d; }
+    const flaColor* GetLineFill() const { return lineFill.get(); }
+    // Keeps a copy of fill; null (or a line) removes the line's fill.
+    void SetLineFill(const flaColor* fill);
+    // True when a detail above differs from what DefineShape3 can hold.
+    bool NeedsDefineShape4() const;
+
     // Same type and host id, then the same content (matrices are not compared;
     // a line's width is not compared).
     bool IsCompatible(const flaColor& o) const;
@@ -102,8 +194,16 @@ public:
     void Transform(const flaMatrix& m);
     // Writes the FILLSTYLE record, or the LINESTYLE record for a line.
     void DumpColorInFile(flaDump& dump) const;
+    // The same; a line is written as DefineShape4's LINESTYLE2 when lineStyle2 is
+    // set. With the stream's fullStyles option a fill is written with its details;
+    // with exactTwips a line's width is rounded to the nearest twip (truncated
+    // otherwise).
+    void DumpColorInFile(flaDump& dump, bool lineStyle2) const;
 
 private:
+    void DumpFill(flaDump& dump) const;
+    void DumpLineStyle2(flaDump& dump) const;
+
     std::uint32_t flashKey;
     std::int64_t qksId;
     ColorType type;
@@ -113,6 +213,11 @@ private:
     float lineWidth = 0.0f;
     int bitmapId = -1;
     bool fillBitsTiled = false;
+    bool bitmapSmoothed = true;
+    flaGradientDetails gradientDetails;
+    std::vector<flaGradientStop> extraStops;
+    flaLineDetails lineDetails;
+    std::shared_ptr<const flaColor> lineFill;  // never changed once set: copies share it
 };
 
 // What an edge is drawn with: the fill on its left, the fill on its right and its
@@ -188,6 +293,10 @@ public:
     // Writes the style array: the count (one byte below 255, else 0xFF and a 16-bit
     // count), then every colour in order. Returns the bit count of a style index.
     int DumpStyleArray(flaDump& dump) const;
+    // The same, lines written as LINESTYLE2 when lineStyle2 is set (DefineShape4).
+    int DumpStyleArray(flaDump& dump, bool lineStyle2) const;
+    // True when a colour of the list needs DefineShape4.
+    bool NeedsDefineShape4() const;
 
 private:
     std::vector<flaColor*> colours;

@@ -37,15 +37,6 @@ Bytes Body(const Bytes& file) {
     return Bytes(file.begin() + static_cast<long>(8 + (5 + 4 * (file.at(8) >> 3) + 7) / 8 + 4), file.end());
 }
 
-// The tag codes of a file, in order, up to and including End.
-std::vector<unsigned> TagCodes(const Bytes& file) {
-    const Bytes body = Body(file);
-    flaRead r(static_cast<int>(body.size()), body.data());
-    std::vector<unsigned> codes{r.GetTag()};
-    for (; codes.back() != 0; codes.push_back(r.GetTag())) r.Seek(r.GetTagEnd());
-    return codes;
-}
-
 }  // namespace
 
 TEST(flaMovieWriter, HeaderBytes) {

@@ -3,11 +3,13 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "flio/flaCharacter.h"
 #include "flio/flaColorXForm.h"
 #include "flio/flaDump.h"
 #include "flio/flaMatrix.h"
+#include "flio/flaRead.h"
 #include "test_util.h"
 
 namespace flio_test {
@@ -55,6 +57,16 @@ inline std::string TagHex(unsigned code, const std::string& body, bool longForm)
     if (longForm) dump.DataU32(length);
     return Join(ToHex(dump.GetBuffer()), body);
 }
+// The codes of an uncompressed file image's top-level tags, in order, End included.
+inline std::vector<unsigned> TagCodes(const Bytes& file) {
+    flaRead r(static_cast<int>(file.size()), file.data());
+    r.GetFileHeader();
+    r.GetMovieHeader();
+    std::vector<unsigned> codes;
+    r.WalkTags([&codes](unsigned short code) { codes.push_back(code); });
+    return codes;
+}
+
 inline std::string Po2(const std::string& body) { return TagHex(26, body, false); }
 inline std::string LongTag(unsigned code, const std::string& body) { return TagHex(code, body, true); }
 

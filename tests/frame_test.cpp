@@ -126,27 +126,6 @@ TEST_F(FrameDiff, SpriteStartActionsUnlessTheSpriteAdvancesOneFrame) {
     EXPECT_EQ(FrameHex(shapes[1], &shapes[0]), "40 00");  // a plain shape never gets them
 }
 
-TEST(flaFrame, DefinitionsAreWrittenOnceUnderTheirOwnCostCode) {
-    TestCharacter a(1), b(2);
-    flaFrame f[2]{{550, 1.0}, {550, 1.0}};
-    for (int i = 0; i < 2; ++i) {
-        (i ? a : b).SetCostCode(3);
-        f[i].SetCostCode(7);
-        Place(f[i], {{&b, 2}, {&a, 1}});
-    }
-    CountingCallback counts;
-    flaDump dump(550, &counts);
-    f[0].DumpFrameInFile(dump, nullptr, false);
-    f[1].DumpFrameInFile(dump, &f[0], false);
-    const Bytes out = Flushed(dump);
-    // Frame 1: each definition just before its placement; frame 2: no definitions.
-    const std::string M0 = MatrixHex(flaMatrix());
-    EXPECT_EQ(ToHex(out), "82 00 01 00 " + Po2("06 01 00 01 00 " + M0) + " 82 00 02 00 " + Po2("06 02 00 02 00 " + M0) + " 40 00 40 00");
-    EXPECT_EQ(counts.bits[3], 2 * 32);
-    EXPECT_EQ(counts.Total(), static_cast<long long>(out.size()) * 8);
-    EXPECT_EQ(dump.GetCostCode(), 0u);
-}
-
 TEST(flaFrame, DisplayListEditing) {
     TestCharacter a(1), b(2);
     flaFrame frame(550, 1.0);

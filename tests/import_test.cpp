@@ -1,14 +1,19 @@
 // The importer: header checks, tag dispatch, the replay of placements into frames,
-// and what the importer does with damaged or hostile input.
+// sprites, and what the importer does with damaged or hostile input (among it the
+// inputs that once crashed it).
 #include <gtest/gtest.h>
 #include <zlib.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
 
+#include "cli_util.h"
 #include "flio/PL_File.h"
+#include "flio/flaGeometry.h"
+#include "flio/flaSprite.h"
 #include "import_test_util.h"
 
 using namespace flio_test;
@@ -277,6 +282,30 @@ TEST(Import, SpriteEndFrameExtension) {
     }
 }
 
+TEST(Import, SpriteKeepsDeclaredFramesAndForwardsLookups) {
+    // Sprite 2: 5 frames declared, 2 shown; places shape 1 of the parent's
+    // dictionary; two DoActions; a DefineSprite inside it is ignored.
+    SwfWriter w;
+    w.Shape(1).Open(39).Word(2).Word(5).Place(1, 3).ShowFrame().Tag(12, Hex("00")).Tag(12, Hex("00"));
+    w.Open(39).Word(9).Word(1).ShowFrame().Word(0).Close();
+    w.ShowFrame().Word(0).Close().ShowFrame();
+    RawMovie movie;
+    ASSERT_TRUE(movie.Read(w.Finish()));
+    auto* sprite = dynamic_cast<flaSprite*>(movie.GetCharacter(2));
+    ASSERT_NE(sprite, nullptr);
+    EXPECT_EQ(sprite->GetDeclaredFrameCount(), 5);
+    EXPECT_EQ(sprite->GetFrameCount(), 5u);
+    EXPECT_EQ(sprite->GetParent(), &movie);
+    ASSERT_NE(sprite->GetFrame(1)->GetCharacterByDepth(3), nullptr);
+    EXPECT_EQ(sprite->GetFrame(1)->GetCharacterByDepth(3)->GetCharacter(), movie.GetCharacter(1));
+    EXPECT_EQ(sprite->GetCharacter(1), movie.GetCharacter(1));
+    EXPECT_EQ(movie.GetCharacter(9), nullptr);
+    EXPECT_EQ(movie.GetCharacterList().size(), 2u);
+    // DoAction inside the sprite is reported once, in the parent's list.
+    EXPECT_EQ(sprite->GetUnsupported(), movie.GetUnsupported());
+    EXPECT_EQ(movie.Unsupported(), std::vector<flaUnsupported::UnsupportedElement>{flaUnsupported::Action});
+}
+
 TEST(Import, ProgressCallbackCanStop) {
     // Records every fraction and stops after `limit` calls.
     struct StopAfter : flaMovie::Progress {
@@ -312,6 +341,32 @@ TEST(Import, HugeCountsAreBounded) {
     ImportMovie big;
     ASSERT_TRUE(big.Read(SwfWriter(11000, 8000, 24 << 8, 0xFFFF).Finish()));
     EXPECT_EQ(big.GetFrameCount(), 0xFFFFu);
+}
+
+// Inputs found by fuzz/fuzz_import.cpp that once crashed the importer: each is
+// imported and its shapes decoded; a clean rejection is fine, a crash or a
+// sanitizer report is not.
+TEST(Import, FuzzFoundInputsDoNotCrash) {
+    const std::filesystem::path dir = std::filesystem::path(FLIO_TEST_DATA_DIR) / "fuzz";
+    std::error_code ec;
+    if (!std::filesystem::is_directory(dir, ec)) GTEST_SKIP() << "no fuzz inputs";
+    for (const auto& entry : std::filesystem::directory_iterator(dir)) {
+        ImportMovie movie;
+        bool imported = false;
+        ::testing::internal::CaptureStdout();
+        try {
+            imported = movie.Read(FileBytes(entry.path().string()));
+        } catch (const flaRead::readError&) {
+        }
+        for (std::size_t i = 0; imported && i < movie.GetCharacterList().size(); ++i) {
+            auto* shape = dynamic_cast<flaGeometry*>(movie.GetCharacterList()[i]);
+            try {
+                if (shape) shape->BuildBloated();
+            } catch (const flaRead::readError&) {
+            }
+        }
+        ::testing::internal::GetCapturedStdout();
+    }
 }
 
 }  // namespace

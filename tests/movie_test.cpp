@@ -1,10 +1,11 @@
-// The movie: header bytes, tag order of a whole movie, definitions written once,
-// the background rule, ids, settings and the current movie.
+// The movie: header bytes, tag order of a whole movie, definitions written once
+// (a sprite's before its DefineSprite), the background rule, ids and the current
+// movie.
 #include <gtest/gtest.h>
 
 #include "flio/flaFrame.h"
 #include "flio/flaMovie.h"
-#include "flio/flaRead.h"
+#include "flio/flaSprite.h"
 #include "movie_test_util.h"
 
 using namespace flio_test;
@@ -25,8 +26,8 @@ public:
         std::copy(bytes.begin(), bytes.end(), jpegTables);
         jpegTablesLength = static_cast<std::uint32_t>(bytes.size());
     }
-    Bytes Write() {
-        flaDump dump(frameSizeX, nullptr);
+    Bytes Write(flaDump::SizeCallback* sizes = nullptr) {
+        flaDump dump(frameSizeX, sizes);
         EXPECT_TRUE(DumpMovieToBuffer(dump));
         return Flushed(dump);
     }
@@ -60,14 +61,23 @@ TEST(flaMovieWriter, CharactersAreDefinedOnceBeforeTheirFirstFrame) {
     auto* a = new TestCharacter(movie.GetNewCharacterId());
     movie.AddNewCharacter(a);
     movie.AddNewCharacter(new TestCharacter(movie.GetNewCharacterId()));  // never placed
+    auto* c = new TestCharacter(movie.GetNewCharacterId());
+    movie.AddNewCharacter(c);
+    a->SetCostCode(3);
     movie.CreateFrames(8);
+    movie.GetFrame(3)->PlaceNewCharacterInFrame(flaCharacterInfo(c, 2));
     movie.GetFrame(3)->PlaceNewCharacterInFrame(flaCharacterInfo(a, 1));
     movie.GetFrame(7)->PlaceNewCharacterInFrame(flaCharacterInfo(a, 1));
-    const Bytes file = movie.Write();
+    CountingCallback sizes;
+    const Bytes file = movie.Write(&sizes);
     EXPECT_EQ(file[19], 8);  // frame count, after the 9-byte RECT and the rate
-    const std::string place = Po2("06 01 00 01 00 " + MatrixHex(flaMatrix()));
-    EXPECT_EQ(ToHex(Body(file)), "43 02 FF FF FF 40 00 40 00 40 00 82 00 01 00 " + place +
-                                     " 40 00 02 07 01 00 40 00 40 00 40 00 " + place + " 40 00 00 00");
+    // Each definition just before its placement, in depth order; the background
+    // (white) in the first frame only; removals once the frame no longer shows them.
+    const std::string M0 = MatrixHex(flaMatrix()), place = Po2("06 01 00 01 00 " + M0);
+    EXPECT_EQ(ToHex(Body(file)), "43 02 FF FF FF 40 00 40 00 40 00 82 00 01 00 " + place + " 82 00 03 00 " +
+                                     Po2("06 02 00 03 00 " + M0) + " 40 00 02 07 01 00 02 07 02 00 40 00 40 00 40 00 " +
+                                     place + " 40 00 00 00");
+    EXPECT_EQ(sizes.bits[3], 32);  // a's definition, under its own cost code
 }
 
 TEST(flaMovieWriter, TagOrderOfAWholeMovie) {
@@ -138,26 +148,13 @@ TEST(flaMovie, IdsComeFromOneCounterAcrossKinds) {
     EXPECT_EQ(movie.GetNewCharacterId(), 4);
 }
 
-TEST(flaMovie, SettersIgnoreValuesOutOfRange) {
-    TestMovie movie(0, 100);
-    const struct { int set, expected; } rates[] = {{0, 24}, {100, 100}, {101, 100}, {1, 1}};
-    for (const auto& c : rates) {
-        movie.SetFrameRate(c.set);
-        EXPECT_EQ(movie.GetFrameRate(), c.expected) << c.set;
-    }
-    EXPECT_FALSE(movie.SetVersion(4));
-    EXPECT_TRUE(movie.SetVersion(8));
-    EXPECT_FALSE(movie.SetVersion(6));
-    EXPECT_TRUE(movie.PlaceSoundInFrame(flaSoundInfo(), 4));  // creates the frames up to it
-    EXPECT_EQ(movie.GetFrameCount(), 5u);
-}
-
 TEST(flaMovie, CurrentMovieFollowsConstructionAndDestruction) {
     auto* first = new flaMovie();
     EXPECT_EQ(flaMovie::pCurrentMovie, first);
     {
         flaMovie second;
-        delete first;  // not the current one: left alone
+        delete first;                  // not the current one: left alone
+        flaSprite sprite(1, &second);  // nor is a sprite ever the current movie
         EXPECT_EQ(flaMovie::pCurrentMovie, &second);
     }
     EXPECT_EQ(flaMovie::pCurrentMovie, nullptr);
@@ -184,4 +181,25 @@ TEST(flaMovie, ForceBackgroundColourPaintsLaterFramesWithOneShape) {
         EXPECT_EQ(info->GetColorXForm(),
                   flaColorXForm(1, 1, 1, 1, colours[i][0], colours[i][1], colours[i][2], colours[i][3]));
     }
+}
+
+TEST(flaSprite, DependenciesBeforeDefineSpriteAndCostCode) {
+    flaMovie movie(550, 400);
+    auto* shape = new TestCharacter(movie.GetNewCharacterId());
+    movie.AddNewCharacter(shape);
+    auto* sprite = new flaSprite(movie.GetNewCharacterId(), &movie);
+    movie.AddNewCharacter(sprite);
+    sprite->SetCostCode(3);
+    sprite->CreateFrames(2);
+    for (int f = 0; f < 2; ++f) sprite->GetFrame(f)->PlaceNewCharacterInFrame(flaCharacterInfo(shape, 1));
+    CountingCallback sizes;
+    flaDump dump(550, &sizes);
+    sprite->DumpInFile(dump);
+    // The shape's definition (82 00 01 00), then DefineSprite id 2 with two frames:
+    // PlaceObject2 of the shape at depth 1, ShowFrame, ShowFrame, End.
+    EXPECT_EQ(ToHex(Flushed(dump)), "82 00 01 00 FF 09 13 00 00 00 02 00 02 00 " +
+                                        Join("87 06 06 01 00 01 00", MatrixHex(flaMatrix())) + " 40 00 40 00 00 00");
+    // Tag header, id and frame count count under the sprite's code.
+    ASSERT_GE(sizes.bits.size(), 4u);
+    EXPECT_EQ(sizes.bits[3], 10 * 8);
 }

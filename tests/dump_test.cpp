@@ -1,14 +1,12 @@
-// Output stream: bit packing, whole integers, fixed point, fix-ups, size reports and
-// the file image (compression and its fallback).
+// Output stream: bit packing, whole integers, fixed point, size reports, copies and
+// the file image (compression and its fallback). Length fix-ups are checked by every
+// long-form tag and file length of the movie and frame tests.
 #include <gtest/gtest.h>
 #include <zlib.h>
 
-#include <cstdio>
-#include <fstream>
 #include <functional>
 #include <string>
 
-#include "flio/PL_File.h"
 #include "flio/flaDump.h"
 #include "flio/flaRead.h"
 #include "test_util.h"
@@ -35,18 +33,24 @@ flaDump MakeImage(const std::string& body, unsigned char version = 9) {
 }  // namespace
 
 TEST(flaDump, WritesExactBytesAndReportsEveryBit) {
-    const struct { const char* name; std::function<void(flaDump&)> write; const char* bytes; long long bits; } cases[] = {
-        {"bits then aligned byte", [](flaDump& d) { d.Bit(true); d.Bit(true); d.Bit(true); d.DataU8((unsigned char)0xAB); }, "E0 AB", 16},
+    using W = std::function<void(flaDump&)>;
+    const struct { const char* name; W write; const char* bytes; long long bits; } cases[] = {
+        {"bits then aligned byte", [](flaDump& d) { d.Bits(7, 3); d.DataU8((unsigned char)0xAB); }, "E0 AB", 16},
         {"u32 keeps the low 32 bits", [](flaDump& d) { d.DataU32(0x1FFFFFFFFUL); }, "FF FF FF FF", 32},
-        {"packed crosses a byte", [](flaDump& d) { for (int i = 0; i < 6; ++i) d.Bit(false); U16Field(d, 5, 3, true); }, "02 80", 16},
-        {"packed 5 then 9 bits; zero width", [](flaDump& d) { U16Field(d, 0x1F, 5, true); U16Field(d, 0x101, 9, true); U16Field(d, 7, 0, true); }, "FC 04", 16},
-        {"unpacked: full width, narrow keeps the first bits", [](flaDump& d) { U16Field(d, 0xBEEF, 16, false); U16Field(d, 0xAB, 8, false); }, "EF BE 00", 24},
-        {"fixed 1.5, saturated", [](flaDump& d) { d.DataFixed(1.5); d.DataFixed(70000.0); }, "00 80 01 00 FF FF FF FF", 64},
+        {"packed crosses a byte", [](flaDump& d) { d.Bits(0, 6); U16Field(d, 5, 3, true); }, "02 80", 16},
+        {"packed 5 then 9 bits; zero width",
+         [](flaDump& d) { U16Field(d, 0x1F, 5, true); U16Field(d, 0x101, 9, true); U16Field(d, 7, 0, true); },
+         "FC 04", 16},
+        {"unpacked: full width, narrow keeps the first bits",
+         [](flaDump& d) { U16Field(d, 0xBEEF, 16, false); U16Field(d, 0xAB, 8, false); }, "EF BE 00", 24},
+        {"fixed 1.5, saturated", [](flaDump& d) { d.DataFixed(1.5); d.DataFixed(70000.0); },
+         "00 80 01 00 FF FF FF FF", 64},
         {"fixed8 2.25, saturated", [](flaDump& d) { d.DataFixed8(2.25); d.DataFixed8(300.0); }, "40 02 FF FF", 32},
         {"byte caps and truncates", [](flaDump& d) { d.DataUnsigedChar(300.7); d.DataUnsigedChar(12.9); }, "FF 0C", 16},
         {"float", [](flaDump& d) { d.DataFloat(1.0f); }, "00 00 80 3F", 32},
         {"strings with terminator", [](flaDump& d) { d.StringPrint("AB"); d.StringPrint(""); }, "41 42 00 00", 32},
-        {"null chunk; chunk aligns first", [](flaDump& d) { d.ChunkDump(nullptr, 10); d.Bit(true); d.ChunkDump("xy", 2); }, "80 78 79", 24},
+        {"null chunk; chunk aligns first",
+         [](flaDump& d) { d.ChunkDump(nullptr, 10); d.Bit(true); d.ChunkDump("xy", 2); }, "80 78 79", 24},
     };
     for (const auto& c : cases) {
         CountingCallback counter;
@@ -55,39 +59,9 @@ TEST(flaDump, WritesExactBytesAndReportsEveryBit) {
         EXPECT_EQ(ToHex(Flushed(d)), ToHex(Hex(c.bytes))) << c.name;
         EXPECT_EQ(counter.Total(), c.bits) << c.name;
     }
-}
-
-TEST(flaDump, ReportsUnderTheCurrentCostCodeAndCountsBits) {
-    CountingCallback counter;
-    flaDump d(550, &counter);
-    d.DataU8((unsigned char)1);
-    d.SetCostCode(3);
-    d.DataU16((unsigned short)1);
-    d.Bit(true);
-    d.SetCostCode(0);
-    d.PadLastByte();  // the padding is reported under code 0
-    ASSERT_EQ(counter.bits.size(), 4u);
-    EXPECT_EQ(counter.bits[0], 8 + 7);
-    EXPECT_EQ(counter.bits[3], 16 + 1);
-    const struct { int value, bits; } cases[] = {{0, 1}, {1, 1}, {2, 2}, {255, 8}, {256, 9}, {0x7FFFFFFF, 31}, {-5, 0}};
-    for (auto c : cases) EXPECT_EQ(flaDump::GetBitNumber(c.value), c.bits) << c.value;
-}
-
-TEST(flaDump, FixData) {
-    CountingCallback counter;
-    flaDump d(550, &counter);
-    for (int i = 0; i < 6; ++i) d.DataU8((unsigned char)0);
-    const long long before = counter.Total();
-    unsigned int length = 0xA1B2C3D4;
-    d.FixData(1, reinterpret_cast<const char*>(&length), 32, 32, false);  // silent, position kept
-    EXPECT_EQ(d.GetCurrentPosition(), 6);
-    EXPECT_EQ(counter.Total(), before);
-    testing::internal::CaptureStdout();
-    d.FixData(0, reinterpret_cast<const char*>(&length), 16, 16, true);  // bit-packed: refused
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Error: Can't fix a not align byte\n");
-    d.FixData(5, reinterpret_cast<const char*>(&length), 16, 16, false);  // past the end: appends
-    EXPECT_EQ(ToHex(d.GetBuffer()), "00 D4 C3 B2 A1 D4 C3");
-    EXPECT_EQ(d.GetCurrentPosition(), 6);
+    // The width of an unsigned field for a value; none for a negative one.
+    for (auto [value, bits] : {std::make_pair(0, 1), {1, 1}, {2, 2}, {255, 8}, {256, 9}, {0x7FFFFFFF, 31}, {-5, 0}})
+        EXPECT_EQ(flaDump::GetBitNumber(value), bits) << value;
 }
 
 TEST(flaDump, CompressedImageAndItsFallback) {
@@ -101,26 +75,12 @@ TEST(flaDump, CompressedImageAndItsFallback) {
     ASSERT_EQ(uncompress(reinterpret_cast<Bytef*>(&inflated[0]), &n, image.data() + 8, image.size() - 8), Z_OK);
     EXPECT_EQ(inflated, body);
     // Nothing after the header; a tiny body that grows; compression not asked.
-    for (const auto& c : {std::make_pair(std::string(), true), std::make_pair(std::string("xq"), true), std::make_pair(body, false)}) {
-        flaDump d = MakeImage(c.first);
-        compress = c.second;
+    for (const auto& [content, asked] : {std::make_pair(std::string(), true), {"xq", true}, {body, false}}) {
+        flaDump d = MakeImage(content);
+        compress = asked;
         EXPECT_EQ(d.GetFileImage(compress), d.GetBuffer());
         EXPECT_FALSE(compress);
     }
-}
-
-TEST(flaDump, WriteFileOnDisk) {
-    const std::string path = flio_test::RunDir() + "flio_dump_test.swf";
-    flaDump d = MakeImage(std::string(500, 'z'));
-    bool compress = true;
-    ASSERT_TRUE(d.WriteFileOnDisk(PL_FileSpec(path.c_str()), compress));
-    std::string sig(3, ' ');
-    std::ifstream(path, std::ios::binary).read(&sig[0], 3);
-    std::remove(path.c_str());
-    EXPECT_EQ(sig, "CWS");
-    testing::internal::CaptureStdout();
-    EXPECT_FALSE(d.WriteFileOnDisk(PL_FileSpec("/nonexistent-dir/x.swf"), compress));
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Cannot open file for write: /nonexistent-dir/x.swf\n");
 }
 
 TEST(flaDump, CopiesCarryPendingBitsAndAreIndependent) {

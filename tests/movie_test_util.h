@@ -45,8 +45,6 @@ std::string RecordHex(const Record& record) {
     record.DumpInFile(dump);
     return ToHex(Flushed(dump));
 }
-inline std::string MatrixHex(const flaMatrix& m) { return RecordHex(m); }
-inline std::string CxHex(const flaColorXForm& cx) { return RecordHex(cx); }
 
 // A tag header and body: the short form holds the length in the word's low bits
 // (PlaceObject2's 1664 | length), the long form gives it as a 32-bit field.

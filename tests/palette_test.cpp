@@ -7,11 +7,9 @@
 #include "flio/flaDump.h"
 #include "flio/flaPalette.h"
 #include "flio/flaRead.h"
-#include "test_util.h"
+#include "cli_util.h"
 
-using flio_test::Bytes;
-using flio_test::Hex;
-using flio_test::ToHex;
+using namespace flio_test;
 
 namespace {
 
@@ -63,7 +61,7 @@ bool ReadTag(const Bytes& tag, flaQKData& data) {
 Bytes Dumped(const flaQKData& data) {
     flaDump dump(550, nullptr);
     data.Dump(dump);
-    return flio_test::Flushed(dump);
+    return Flushed(dump);
 }
 
 }  // namespace
@@ -96,17 +94,11 @@ TEST(PaletteTag, BytesAndReadBack) {
     EXPECT_FALSE(ReadTag(expected, back));  // the result is false even after a good read
     const flaPalette* q = back.GetExistingPaletteInformation();
     ASSERT_NE(q, nullptr);
-    EXPECT_EQ(q->GetKeyCount(), 3u);
-    const flaPalette::ColourInfo* red = q->GetColourInformation(0x70005);
-    ASSERT_NE(red, nullptr);
-    EXPECT_EQ(red->GetColourName(), UT_String("Red"));
-    EXPECT_EQ(red->GetPaletteName(), UT_String("Main"));
-    // All eight bytes are read back as they stand, without undoing the shift.
-    EXPECT_EQ(red->GetColourId(), 0x0402030405060708LL);
-    const flaPalette::ColourInfo* blue = q->GetColourInformation(5);
-    ASSERT_NE(blue, nullptr);
-    EXPECT_EQ(blue, q->GetColourInformation(0x10001));
-    EXPECT_EQ(blue->GetIndex(), 1u);
+    const flaPalette::ColourInfo *red = q->GetColourInformation(0x70005), *blue = q->GetColourInformation(5);
+    ASSERT_TRUE(red && blue);
+    EXPECT_EQ(red->GetColourName().utf8() + " / " + red->GetPaletteName().utf8(), "Red / Main");
+    EXPECT_EQ(red->GetColourId(), 0x0402030405060708LL);  // all eight bytes as they stand: the shift stays
+    EXPECT_EQ(Nums(q->GetKeyCount(), blue->GetIndex(), blue == q->GetColourInformation(0x10001)), "3,1,1");
 }
 
 TEST(PaletteTag, OddAndDamagedTags) {
@@ -145,14 +137,12 @@ TEST(PaletteTag, LegacyLayout) {
     flaQKData data;
     EXPECT_FALSE(ReadTag(Tag731(Block("PALT", {{0x00030005, 0}}, {0}, record)), data));
     const flaPalette* p = data.GetExistingPaletteInformation();
-    ASSERT_NE(p, nullptr);
-    EXPECT_TRUE(p->IsLegacy());
+    ASSERT_TRUE(p && p->IsLegacy());
     // The high half of a legacy key moves up one bit and drops by one.
     EXPECT_FALSE(p->IsColourPresent(0x00030005));
     const flaPalette::ColourInfo* c = p->GetColourInformation(0x00040005);
     ASSERT_NE(c, nullptr);
-    EXPECT_EQ(c->GetColourName(), UT_String("Cyan"));
-    EXPECT_EQ(c->GetPaletteName(), UT_String("Old"));
+    EXPECT_EQ(c->GetColourName().utf8() + " / " + c->GetPaletteName().utf8(), "Cyan / Old");
     EXPECT_EQ(c->GetColourId(), 0x0807060504030211LL);
 }
 

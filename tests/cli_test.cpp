@@ -3,6 +3,7 @@
 // bar. What the demo holds is checked against an independent parser in
 // swfcheck_test.cpp; `info` is checked over the corpus in roundtrip_test.cpp.
 #include <gtest/gtest.h>
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -69,13 +70,12 @@ TEST(Cli, ExitStatusAndOneLineErrors) {
     EXPECT_EQ(Tool("demo '/nonexistent-folder/demo.swf'").status, 1);
 }
 
-// The demo, compressed or not, is the same on every run and the builder's in
-// process; its round trip writes its 60 frames with nothing left out on the way.
+// The demo, compressed or not, is the builder's in process, byte for byte; its round
+// trip writes its 60 frames with nothing left out on the way.
 TEST(Cli, DemoIsTheBuildersOnEveryRunAndRoundTrips) {
     for (const bool compress : {false, true}) {
         const std::string flag = compress ? " --compress" : "", base = flio_test::RunDir() + "flio_cli_demo_";
         ASSERT_EQ(Tool("demo '" + base + "a.swf'" + flag).status, 0);
-        ASSERT_EQ(Tool("demo '" + base + "b.swf'" + flag).status, 0);
         flio_demo::DemoHostData host;
         flaMovie movie(flio_demo::kStageWidth, flio_demo::kStageHeight);
         flio_demo::BuildDemoMovie(movie, host);
@@ -83,7 +83,6 @@ TEST(Cli, DemoIsTheBuildersOnEveryRunAndRoundTrips) {
         ASSERT_TRUE(movie.DumpMovieToFile(PL_FileSpec((base + "c.swf").c_str()), dump, compress));
         const Bytes a = FileBytes(base + "a.swf");
         EXPECT_EQ(std::string(a.begin(), a.begin() + 3), compress ? "CWS" : "FWS");
-        EXPECT_TRUE(a == FileBytes(base + "b.swf"));
         EXPECT_TRUE(a == FileBytes(base + "c.swf"));
 
         const std::string out = base + "out.swf";
@@ -100,26 +99,22 @@ TEST(Cli, DemoIsTheBuildersOnEveryRunAndRoundTrips) {
 #endif  // FLIO_CLI_PATH && FLIO_HAVE_DEMO
 
 #ifdef FLIO_HAVE_REWRITE
-// The bar, drawn into a pipe: nothing before the delay, nor off a terminal when so
+// The bar, drawn into a file: nothing before the delay, nor off a terminal when so
 // asked; else one line redrawn in place, finished with 100% and a newline.
 TEST(ProgressBar, DrawsAfterTheDelayAndFinishesTheLine) {
     const std::pair<double, bool> cases[] = {{0.0, false}, {3600.0, false}, {0.0, true}};
+    const std::string path = flio_test::RunDir() + "flio_progress.txt";
     for (const auto& [delay, onlyOnTerminal] : cases) {
-        int fds[2];
-        ASSERT_EQ(pipe(fds), 0);
+        const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
         {
-            flio_cli::ProgressBar bar(fds[1], delay, onlyOnTerminal);
+            flio_cli::ProgressBar bar(fd, delay, onlyOnTerminal);
             bar.SetPhase("importing", 0.0f, 0.5f);
             bar.Update(0.5f);
             bar.Update(0.5f);  // unchanged: not drawn again
             bar.SetPhase("writing", 0.5f, 1.0f);
             bar.Update(0.2f);
         }  // finished by the destructor
-        close(fds[1]);
-        std::string out;
-        char buf[512];
-        for (ssize_t n; (n = read(fds[0], buf, sizeof buf)) > 0;) out.append(buf, static_cast<std::size_t>(n));
-        close(fds[0]);
+        close(fd);
         auto line = [](const char* label, int done, const char* percent) {  // blanks over the longer label
             return "\r" + std::string(label) + " [" + std::string(done, '#') + std::string(30 - done, '-') + "] " +
                    percent;
@@ -127,7 +122,8 @@ TEST(ProgressBar, DrawsAfterTheDelayAndFinishesTheLine) {
         const std::string drawn = line("importing", 0, "  0%") + line("importing", 7, " 25%") +
                                   line("writing", 15, " 50%  ") + line("writing", 18, " 60%  ") +
                                   line("writing", 30, "100%  \n");
-        EXPECT_EQ(out, delay > 0 || onlyOnTerminal ? "" : drawn);
+        const Bytes out = FileBytes(path);
+        EXPECT_EQ(std::string(out.begin(), out.end()), delay > 0 || onlyOnTerminal ? "" : drawn);
     }
 }
 #endif  // FLIO_HAVE_REWRITE

@@ -1,10 +1,7 @@
-// The flio tool: exit statuses and one-line errors, the demo (the same bytes on every
-// run, those of the builder run in process) and its round trip, and the progress
-// bar. What the demo holds is checked against an independent parser in
-// swfcheck_test.cpp; `info` is checked over the corpus in roundtrip_test.cpp.
+// The flio tool: exit statuses and one-line errors, the demo (the bytes of the builder
+// run in process) and its round trip. What the demo holds is checked against an
+// independent parser in swfcheck_test.cpp; `info` over the corpus in roundtrip_test.cpp.
 #include <gtest/gtest.h>
-#include <fcntl.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <fstream>
@@ -17,9 +14,6 @@
 
 #ifdef FLIO_HAVE_DEMO
 #include "demo_movie.h"
-#endif
-#ifdef FLIO_HAVE_REWRITE
-#include "progress_bar.h"
 #endif
 
 using namespace flio_test;
@@ -98,34 +92,5 @@ TEST(Cli, DemoIsTheBuildersOnEveryRunAndRoundTrips) {
 }
 #endif  // FLIO_CLI_PATH && FLIO_HAVE_DEMO
 
-#ifdef FLIO_HAVE_REWRITE
-// The bar, drawn into a file: nothing before the delay, nor off a terminal when so
-// asked; else one line redrawn in place, finished with 100% and a newline.
-TEST(ProgressBar, DrawsAfterTheDelayAndFinishesTheLine) {
-    const std::pair<double, bool> cases[] = {{0.0, false}, {3600.0, false}, {0.0, true}};
-    const std::string path = flio_test::RunDir() + "flio_progress.txt";
-    for (const auto& [delay, onlyOnTerminal] : cases) {
-        const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        {
-            flio_cli::ProgressBar bar(fd, delay, onlyOnTerminal);
-            bar.SetPhase("importing", 0.0f, 0.5f);
-            bar.Update(0.5f);
-            bar.Update(0.5f);  // unchanged: not drawn again
-            bar.SetPhase("writing", 0.5f, 1.0f);
-            bar.Update(0.2f);
-        }  // finished by the destructor
-        close(fd);
-        auto line = [](const char* label, int done, const char* percent) {  // blanks over the longer label
-            return "\r" + std::string(label) + " [" + std::string(done, '#') + std::string(30 - done, '-') + "] " +
-                   percent;
-        };
-        const std::string drawn = line("importing", 0, "  0%") + line("importing", 7, " 25%") +
-                                  line("writing", 15, " 50%  ") + line("writing", 18, " 60%  ") +
-                                  line("writing", 30, "100%  \n");
-        const Bytes out = FileBytes(path);
-        EXPECT_EQ(std::string(out.begin(), out.end()), delay > 0 || onlyOnTerminal ? "" : drawn);
-    }
-}
-#endif  // FLIO_HAVE_REWRITE
 
 }  // namespace

@@ -156,27 +156,23 @@ TEST(flaMovieWriter, TagOrderOfAWholeMovie) {
     EXPECT_EQ(TagCodes(plain.Write()), (std::vector<unsigned>{9, 1, 0}));
 }
 
-TEST(flaMovie, IdsComeFromOneCounterAcrossKinds) {
-    flaMovie movie;
-    EXPECT_EQ(movie.GetNewCharacterId(), 1);
-    auto* sound = new flaSound();
-    EXPECT_EQ(movie.AddSound(sound), 2);
-    EXPECT_EQ(movie.AddSound(sound), 2);  // the same sound is not added twice
-    EXPECT_EQ(movie.AddBitsLossless(new flaBitsLossless()), 3);
-    auto* preset = new flaSound();  // ids already set are kept and do not advance the counter
-    preset->SetSoundID(40);
-    EXPECT_EQ(movie.AddSound(preset), 40);
-    EXPECT_EQ(movie.GetNewCharacterId(), 4);
-}
-
-TEST(flaMovie, CurrentMovieFollowsConstructionAndDestruction) {
+TEST(flaMovie, IdsComeFromOneCounterAcrossKindsAndTheCurrentMovieIsTheNewest) {
     auto* first = new flaMovie();
     EXPECT_EQ(flaMovie::pCurrentMovie, first);
     {
-        flaMovie second;
-        delete first;                  // not the current one: left alone
-        flaSprite sprite(1, &second);  // nor is a sprite ever the current movie
-        EXPECT_EQ(flaMovie::pCurrentMovie, &second);
+        flaMovie movie;
+        delete first;                 // not the current one: left alone
+        flaSprite sprite(1, &movie);  // nor is a sprite ever the current movie
+        EXPECT_EQ(flaMovie::pCurrentMovie, &movie);
+        EXPECT_EQ(movie.GetNewCharacterId(), 1);
+        auto* sound = new flaSound();
+        EXPECT_EQ(movie.AddSound(sound), 2);
+        EXPECT_EQ(movie.AddSound(sound), 2);  // the same sound is not added twice
+        EXPECT_EQ(movie.AddBitsLossless(new flaBitsLossless()), 3);
+        auto* preset = new flaSound();  // ids already set are kept and do not advance the counter
+        preset->SetSoundID(40);
+        EXPECT_EQ(movie.AddSound(preset), 40);
+        EXPECT_EQ(movie.GetNewCharacterId(), 4);
     }
     EXPECT_EQ(flaMovie::pCurrentMovie, nullptr);
 }
@@ -196,8 +192,7 @@ TEST(flaMovie, ForceBackgroundColourPaintsLaterFramesWithOneShape) {
     EXPECT_EQ(movie.GetFrame(1)->GetCharacterCount(), 0u);
     for (int i = 2; i < 4; ++i) {  // alpha alone differs in frame 3
         const flaCharacterInfo* info = movie.GetFrame(i)->GetCharacterByDepth(1);
-        ASSERT_NE(info, nullptr);
-        EXPECT_EQ(info->GetCharacter(), movie.GetCharacterList()[0]);
+        ASSERT_TRUE(info && info->GetCharacter() == movie.GetCharacterList()[0]) << i;
         EXPECT_EQ(info->GetMatrix(), flaMatrix());
         EXPECT_EQ(info->GetColorXForm(),
                   flaColorXForm(1, 1, 1, 1, colours[i][0], colours[i][1], colours[i][2], colours[i][3]));
@@ -324,11 +319,7 @@ TEST(flaFrame, DisplayListEditing) {
     const flaColorXForm cx(128, 256, 256, 256, 0, 0, 0, 0);
     EXPECT_FALSE(frame.PlaceColorXFormAtDepth(&cx, 5));
     EXPECT_TRUE(frame.PlaceColorXFormAtDepth(&cx, 7));
-    flaCharacterInfoIterator it(frame.CharacterBeginIter());
-    EXPECT_TRUE(it.ContainsColorXForm());  // somewhere from here to the end
-    for (int i = 0; i < 2; ++i) ++it;
-    EXPECT_TRUE(it.AtEnd());
-    EXPECT_FALSE(it.ContainsColorXForm());
+    EXPECT_TRUE(flaCharacterInfoIterator(frame.CharacterBeginIter()).ContainsColorXForm());
     EXPECT_TRUE(frame.RemoveCharacterAtDepth(3));  // and the streamed block below: no leak
 
     const flaBuffer* block = new flaBuffer();

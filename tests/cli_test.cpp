@@ -66,7 +66,7 @@ TEST(Cli, ExitStatusAndOneLineErrors) {
 
 // The demo, compressed or not, is the builder's in process, byte for byte; its round
 // trip writes its 60 frames with nothing left out on the way.
-TEST(Cli, DemoIsTheBuildersOnEveryRunAndRoundTrips) {
+TEST(Cli, DemoIsTheBuildersByteForByteAndRoundTrips) {
     for (const bool compress : {false, true}) {
         const std::string flag = compress ? " --compress" : "", base = flio_test::RunDir() + "flio_cli_demo_";
         ASSERT_EQ(Tool("demo '" + base + "a.swf'" + flag).status, 0);
@@ -90,6 +90,5 @@ TEST(Cli, DemoIsTheBuildersOnEveryRunAndRoundTrips) {
     }
 }
 #endif  // FLIO_CLI_PATH && FLIO_HAVE_DEMO
-
 
 }  // namespace

@@ -1,5 +1,6 @@
-// Helpers shared by the frame and movie tests: a minimal character whose
-// definition is a recognisable 4-byte tag, and builders of expected bytes.
+// Helpers for the tests of written movies and frames: a minimal character whose
+// definition is a recognisable 4-byte tag, builders of expected bytes, and the tag
+// codes of a file.
 #pragma once
 
 #include <string>

@@ -1,7 +1,7 @@
-// Round trips: a movie imported and written again (the steps of `flio roundtrip`,
-// run in process) imports to the same timeline, for every file of the shared corpus
-// and for a movie built here. Each corpus file is also checked against an
-// independent scan of its header and tags, and against what `flio info` says of it.
+// Round trips over the shared corpus: each file imported and written again (the steps
+// of `flio roundtrip`, run in process) imports to the same timeline. Each file is
+// also checked against an independent scan of its header and tags, and against what
+// `flio info` says of it.
 #include <gtest/gtest.h>
 #include <zlib.h>
 

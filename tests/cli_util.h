@@ -4,6 +4,8 @@
 #include <sys/wait.h>
 
 #include <cstdio>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -25,6 +27,12 @@ inline std::string Join(const std::vector<std::string>& parts, const char* sep =
 template <class... T>
 std::string Nums(T... v) {
     return Join({std::to_string(v)...});
+}
+
+// A file's bytes; empty when it cannot be read.
+inline Bytes FileBytes(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return Bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
 }
 
 // Runs a shell command; standard error is discarded unless the command redirects it.

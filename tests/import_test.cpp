@@ -1,26 +1,123 @@
 // The importer: header checks, tag dispatch, the replay of placements into frames,
-// and what the importer does with damaged or hostile input.
+// sprites, what the importer does with damaged or hostile input (among it the
+// inputs that once crashed it), and the static pass that ends an import: characters
+// placed with one matrix everywhere are baked, the others shifted to the stage
+// centre; sprites are shifted and their contents walked.
 #include <gtest/gtest.h>
 #include <zlib.h>
 
-#include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
 
+#include "cli_util.h"
 #include "flio/PL_File.h"
-#include "import_test_util.h"
+#include "flio/flaCharacterMatrices.h"
+#include "flio/flaColorXForm.h"
+#include "flio/flaFrame.h"
+#include "flio/flaGeometry.h"
+#include "flio/flaRead.h"
+#include "flio/flaSprite.h"
+#include "test_util.h"
 
 using namespace flio_test;
 
 namespace {
 
-std::string WriteTempFile(const std::string& name, const Bytes& bytes) {
-    const std::string path = flio_test::RunDir() + name;
-    std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()),
-                                                static_cast<std::streamsize>(bytes.size()));
-    return path;
-}
+// Writes an SWF file image: header (a 550 x 400 stage), tags, End, and patches the
+// file length. Matrices are written for that stage: a translation of 0.5 is half of
+// it.
+class SwfWriter {
+public:
+    explicit SwfWriter(unsigned short frameCount = 1, unsigned short rateWord = 24 << 8) : dump(550, nullptr) {
+        for (unsigned char b : Hex("46 57 53 09 00 00 00 00")) dump.DataU8(b);
+        dump.DataRect(0, 11000, 0, 8000);
+        dump.PadLastByte();
+        Word(rateWord).Word(frameCount);
+    }
+    // Opens a long-form tag; its body is written until Close(). Tags may nest.
+    SwfWriter& Open(int code) {
+        open.push_back(dump.BeginTag(static_cast<unsigned>(code)));
+        return *this;
+    }
+    SwfWriter& Close() {
+        dump.PadLastByte();
+        dump.EndTag(open.back());
+        open.pop_back();
+        return *this;
+    }
+    flaDump& Out() { return dump; }
+    SwfWriter& Tag(int code, const Bytes& body = Bytes()) {
+        Open(code);
+        for (unsigned char b : body) dump.DataU8(b);
+        return Close();
+    }
+    SwfWriter& ShowFrame() { return Word(1 << 6); }
+    SwfWriter& Word(unsigned short v) { dump.DataU16(v); return *this; }
+    SwfWriter& Byte(unsigned char v) { dump.DataU8(v); return *this; }
+    // DefineShape3: id, empty bounds, no styles, end record.
+    SwfWriter& Shape(int id) { return Tag(32, Le16(id, {0, 0, 0, 0, 0})); }
+    // PlaceObject2 of a new character with a matrix (and a colour transform when given).
+    SwfWriter& Place(int id, int depth, const flaMatrix& m = flaMatrix(), const flaColorXForm* cx = nullptr) {
+        Open(26).Byte(static_cast<unsigned char>(0x06 | (cx ? 0x08 : 0)));
+        Word(static_cast<unsigned short>(depth)).Word(static_cast<unsigned short>(id));
+        m.DumpInFile(dump);
+        if (cx) cx->DumpInFile(dump);
+        return Close();
+    }
+    // PlaceObject2 that moves the entry at depth to a new matrix.
+    SwfWriter& Move(int depth, const flaMatrix& m) {
+        Open(26).Byte(0x05).Word(static_cast<unsigned short>(depth));
+        m.DumpInFile(dump);
+        return Close();
+    }
+    SwfWriter& Remove2(int depth) { return Tag(28, Le16(depth)); }
+    Bytes Finish(bool withEnd = true) {
+        if (withEnd) Word(0);
+        dump.PatchU32(4, static_cast<std::uint32_t>(dump.GetCurrentPosition()));
+        return Flushed(dump);
+    }
+
+    // A little-endian word followed by more bytes.
+    static Bytes Le16(int v, Bytes rest = Bytes()) {
+        rest.insert(rest.begin(), {static_cast<unsigned char>(v), static_cast<unsigned char>(v >> 8)});
+        return rest;
+    }
+
+private:
+    flaDump dump;
+    std::vector<flaDump::TagStart> open;
+};
+
+inline flaMatrix Translation(float tx, float ty) { return flaMatrix(1, 0, 0, 1, tx, ty); }
+
+// Opens the import's protected parts to the tests.
+class ImportMovie : public flaMovie {
+public:
+    using flaMovie::flaMovie;
+    using flaMovie::PreProsessStaticCharacters;
+    bool Read(const Bytes& file, Progress* progress = nullptr) {
+        return ReadMovieFromBuffer(file.data(), static_cast<int>(file.size()), progress);
+    }
+    // The character placed at depth in frame, or null; its id, or -1.
+    const flaCharacterInfo* At(int frame, int depth) const {
+        const flaFrame* f = GetFrame(frame);
+        return f ? f->GetCharacterByDepth(depth) : nullptr;
+    }
+    int IdAt(int frame, int depth) const {
+        const flaCharacterInfo* info = At(frame, depth);
+        return info && info->GetCharacter() ? info->GetCharacter()->GetId() : -1;
+    }
+    std::vector<flaUnsupported::UnsupportedElement> Unsupported() {
+        return {GetUnsupported()->GetUnsupportedElementBegin(), GetUnsupported()->GetUnsupportedElementEnd()};
+    }
+};
+
+// The static pass off, so that placements keep their file matrices.
+struct RawMovie : ImportMovie {
+    RawMovie() { set_PreProsessStaticCharacters(false); }
+};
 
 // The same file as "CWS": everything after the 8-byte header deflated.
 Bytes Compress(const Bytes& file) {
@@ -33,69 +130,52 @@ Bytes Compress(const Bytes& file) {
     return out;
 }
 
-TEST(Import, HeaderChecks) {
+// A damaged file is refused with one line: on standard output from a buffer (which
+// takes only "FWS"), on standard error from a file (which inflates "CWS" and catches
+// what the buffer import throws).
+TEST(Import, DamagedFilesAreRefusedWithOneLine) {
     const Bytes good = SwfWriter().Finish();
-    Bytes length20 = good;
+    Bytes length20 = good, truncated = good;
     length20[4] = 20;
-    const char* notSwf = "ERROR: Illegal Header - not a Shockwave Flash File\n";
-    const char* tooShort = "ERROR: file size is too short\n";
-    const struct {
-        Bytes file;
-        const char* message;
-    } cases[] = {{Compress(good), notSwf},  // the buffer importer takes only "FWS"
-                 {Hex("46 57 58 09 20 00 00 00"), notSwf},
-                 {Hex("46 57"), notSwf},
-                 {Hex("46 57 53 09 20"), tooShort},
-                 {length20, tooShort}};
-    for (const auto& c : cases) {
-        ImportMovie movie;
-        ::testing::internal::CaptureStdout();
-        EXPECT_FALSE(movie.Read(c.file)) << ToHex(c.file);
-        EXPECT_EQ(::testing::internal::GetCapturedStdout(), c.message);
-        EXPECT_EQ(movie.GetFrameCount(), 0u);
-    }
-}
-
-TEST(Import, FileImportInflatesAndCatchesWhatBufferImportThrows) {
-    SwfWriter two(11000, 8000, 24 << 8, 2);
-    const Bytes compressed = Compress(two.ShowFrame().ShowFrame().Finish());
-    Bytes truncated = SwfWriter().Finish();
     truncated.resize(10);  // inside the stage rectangle
     EXPECT_THROW(ImportMovie().Read(truncated), flaRead::readError);
-    const struct {
-        const char* name;
-        Bytes file;
-        const char* error;
-    } cases[] = {{"cws", compressed, ""},
-                 {"truncated", truncated, "Some error while importing SWF\n"},
-                 {"badzlib", Hex("43 57 53 09 40 00 00 00 78 9C 01 02 03"),
-                  "Compressed SWF could not be decompressed\n"}};
+    const char* notSwf = "ERROR: Illegal Header - not a Shockwave Flash File\n";
+    const char* tooShort = "ERROR: file size is too short\n";
+    const struct { bool fromFile; Bytes file; const char* message; } cases[] = {
+        {false, Compress(good), notSwf},
+        {false, Hex("46 57 58 09 20 00 00 00"), notSwf},
+        {false, Hex("46 57"), notSwf},
+        {false, Hex("46 57 53 09 20"), tooShort},
+        {false, length20, tooShort},
+        {true, Compress(SwfWriter(2).ShowFrame().ShowFrame().Finish()), ""},
+        {true, truncated, "Some error while importing SWF\n"},
+        {true, Hex("43 57 53 09 40 00 00 00 78 9C 01 02 03"), "Compressed SWF could not be decompressed\n"},
+    };
+    const std::string path = RunDir() + "flio_import.swf";
     for (const auto& c : cases) {
+        std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(c.file.data()), c.file.size());
         ImportMovie movie;
-        const std::string path = WriteTempFile(std::string("flio_import_") + c.name + ".swf", c.file);
-        ::testing::internal::CaptureStderr();
-        EXPECT_EQ(movie.ReadMovieFromFile(PL_FileSpec(path.c_str()), nullptr), !*c.error) << c.name;
-        EXPECT_EQ(::testing::internal::GetCapturedStderr(), c.error) << c.name;
-        EXPECT_EQ(movie.GetFrameCount(), *c.error ? 0u : 2u) << c.name;
-        std::remove(path.c_str());
+        c.fromFile ? testing::internal::CaptureStderr() : testing::internal::CaptureStdout();
+        const bool ok = c.fromFile ? movie.ReadMovieFromFile(PL_FileSpec(path.c_str()), nullptr) : movie.Read(c.file);
+        EXPECT_EQ(c.fromFile ? testing::internal::GetCapturedStderr() : testing::internal::GetCapturedStdout(),
+                  c.message);
+        EXPECT_EQ(Nums(ok, movie.GetFrameCount()), *c.message ? "0,0" : "1,2") << ToHex(c.file);
     }
-    ImportMovie movie;
-    EXPECT_FALSE(movie.ReadMovieFromFile(PL_FileSpec(), nullptr));
-    EXPECT_FALSE(movie.ReadMovieFromFile(PL_FileSpec("/nonexistent/flio.swf"), nullptr));
-    EXPECT_FALSE(movie.ReadMovieFromFile(PL_FileSpec(flio_test::RunDir().c_str()), nullptr));
+    ImportMovie movie;  // no name, no such file, a directory
+    for (const std::string& name : {std::string(), std::string("/nonexistent/flio.swf"), RunDir()})
+        EXPECT_FALSE(movie.ReadMovieFromFile(PL_FileSpec(name.c_str()), nullptr)) << name;
 }
 
 TEST(Import, RateAndStage) {
-    // The rate's fraction byte is dropped; rates outside 1..100 become 24.
-    for (auto c : {std::make_pair(0x0C80, 12), {0x0000, 24}, {0x0100, 1}, {0x6400, 100}, {0x6500, 24}}) {
+    // The rate's fraction byte is dropped; rates outside 1..100 become 24. The frames
+    // are as many as announced, without any ShowFrame.
+    for (auto [word, rate] : {std::make_pair(0x0C80, 12), {0x0000, 24}, {0x0100, 1}, {0x6400, 100}, {0x6500, 24}}) {
         ImportMovie movie;
-        ASSERT_TRUE(movie.Read(SwfWriter(11000, 8000, static_cast<unsigned short>(c.first), 3).Finish()));
-        EXPECT_EQ(movie.GetFrameRate(), c.second) << std::hex << c.first;
+        ASSERT_TRUE(movie.Read(SwfWriter(3, static_cast<unsigned short>(word)).Finish()));
         int width = 0, height = 0;
         movie.GetFrameSize(width, height);
-        EXPECT_EQ(std::make_pair(width, height), std::make_pair(550, 400));
+        EXPECT_EQ(Nums(movie.GetFrameRate(), width, height, movie.GetFrameCount()), Nums(rate, 550, 400, 3)) << word;
         EXPECT_DOUBLE_EQ(movie.GetRatio(), 1.375);
-        EXPECT_EQ(movie.GetFrameCount(), 3u);  // as announced, without any ShowFrame
     }
 }
 
@@ -120,7 +200,7 @@ TEST(Import, DispatchReportsUnsupportedElementsOnceEach) {
     // Definitions reach the dictionary and the lists; a sound start goes to its frame
     // (stop records and unknown sounds are dropped; one after the last frame appends
     // a frame); a damaged palette tag (65535 keys announced, none there) is ignored.
-    SwfWriter w(11000, 8000, 24 << 8, 1);
+    SwfWriter w;
     w.Shape(3).Tag(20, Hex("04 00 03 02 00 02 00 AA BB")).Tag(36, Hex("05 00 05 01 00 01 00 CC"));
     w.Tag(21, Hex("06 00 FF D8 FF D9")).Tag(8, Hex("FF D8 FF D9")).Tag(14, Hex("07 00 3A 02 00 00 00 11 22"));
     w.Tag(9, Hex("10 20 30")).Tag(15, Hex("07 00 00")).Tag(15, Hex("07 00 20")).Tag(15, Hex("08 00 00"));
@@ -130,17 +210,13 @@ TEST(Import, DispatchReportsUnsupportedElementsOnceEach) {
     ASSERT_TRUE(movie.Read(w.Finish()));
     ASSERT_EQ(movie.GetFrameCount(), 2u);
     EXPECT_EQ(movie.GetFrame(0)->GetBackGroundColor(), FLIO::flaRGBA(0x10, 0x20, 0x30, 255));
-    EXPECT_EQ(movie.GetFrame(0)->GetSoundCount(), 1u);
-    EXPECT_EQ(movie.GetFrame(1)->GetSoundCount(), 1u);
-    EXPECT_NE(movie.GetExistingPaletteInformation(), nullptr);
-    EXPECT_NE(movie.GetCharacter(3), nullptr);
-    EXPECT_NE(movie.GetSound(7), nullptr);
-    ASSERT_EQ(movie.GetBitsLosslessList().size(), 1u);
-    ASSERT_EQ(movie.GetBitsLossless2List().size(), 1u);
-    EXPECT_EQ(movie.GetBitsLosslessList().front()->id, 4u);
-    EXPECT_EQ(movie.GetBitsLossless2List().front()->id, 5u);
-    ASSERT_EQ(movie.GetJPEGContainer().size(), 1u);
-    EXPECT_EQ(movie.GetJPEGContainer().front()->id, 6u);
+    EXPECT_EQ(Nums(movie.GetFrame(0)->GetSoundCount(), movie.GetFrame(1)->GetSoundCount()), "1,1");
+    EXPECT_TRUE(movie.GetExistingPaletteInformation() && movie.GetCharacter(3) && movie.GetSound(7));
+    const auto& lossless = movie.GetBitsLosslessList();
+    const auto& lossless2 = movie.GetBitsLossless2List();
+    const auto& jpegs = movie.GetJPEGContainer();
+    ASSERT_EQ(Nums(lossless.size(), lossless2.size(), jpegs.size()), "1,1,1");
+    EXPECT_EQ(Nums(lossless.front()->id, lossless2.front()->id, jpegs.front()->id), "4,5,6");
     EXPECT_EQ(movie.JPEGCopyTableSize(), 4u);
     EXPECT_EQ(movie.Unsupported(), std::vector<U::UnsupportedElement>{U::LosslessBitmap});
 
@@ -164,7 +240,7 @@ TEST(Import, PlacementReplay) {
     // placed over A at depth 1 (both stay); frame 3: one RemoveObject2 takes the
     // earlier (A), so C shows; frame 4: the second empties depth 1. RemoveObject of
     // an unknown id changes nothing.
-    SwfWriter w(11000, 8000, 24 << 8, 5);
+    SwfWriter w(5);
     w.Shape(1).Shape(2).Shape(3).Place(1, 1).Place(2, 2).ShowFrame();
     w.Move(9, Translation(0.1f, 0)).Move(1, Translation(0.5f, 0)).ShowFrame();
     w.Place(3, 1).ShowFrame().Remove2(1).ShowFrame();
@@ -172,19 +248,17 @@ TEST(Import, PlacementReplay) {
     RawMovie movie;
     ASSERT_TRUE(movie.Read(w.Finish()));
     ASSERT_EQ(movie.GetFrameCount(), 5u);
-    EXPECT_EQ(movie.IdAt(0, 1), 1);
-    EXPECT_EQ(movie.At(1, 9), nullptr);
+    // The ids at depth 1 in frames 0, 2, 3 and 4, at depth 9 in frame 1 and at depth 2 in frame 4 (-1: none).
+    EXPECT_EQ(Nums(movie.IdAt(0, 1), movie.IdAt(2, 1), movie.IdAt(3, 1), movie.IdAt(4, 1), movie.IdAt(1, 9),
+                   movie.IdAt(4, 2)),
+              "1,3,3,-1,-1,2");
     EXPECT_FLOAT_EQ(movie.At(1, 1)->GetMatrix().GetTX(), 0.5f);
     EXPECT_FLOAT_EQ(movie.At(0, 1)->GetMatrix().GetTX(), 0.0f);  // frame 0 kept its copy
-    EXPECT_EQ(movie.IdAt(2, 1), 3);
-    EXPECT_EQ(movie.IdAt(3, 1), 3);
-    EXPECT_EQ(movie.At(4, 1), nullptr);
-    EXPECT_EQ(movie.IdAt(4, 2), 2);  // stays on every frame until removed
 }
 
 TEST(Import, PlaceObjectFields) {
     const flaColorXForm cx(256, 128, 256, 256, 10, 0, -5, 0);
-    SwfWriter w(11000, 8000, 24 << 8, 4);
+    SwfWriter w(4);
     w.Shape(1).Shape(2);
     // PlaceObject: id, depth, matrix, no CXFORM; an unknown id is dropped; a CXFORM
     // without alpha: has-add, 6 bits, add terms 10, 0, -5.
@@ -209,19 +283,12 @@ TEST(Import, PlaceObjectFields) {
     EXPECT_FLOAT_EQ(movie.At(0, 3)->GetMatrix().GetTX(), 0.5f);
     EXPECT_FALSE(movie.At(0, 3)->HasColorXForm());
     const flaColorXForm& noAlpha = movie.At(0, 6)->GetColorXForm();
-    EXPECT_TRUE(noAlpha.GetIsAdd());
-    EXPECT_EQ(noAlpha.GetaR(), 10);
-    EXPECT_EQ(noAlpha.GetaB(), -5);
-    const flaCharacterInfo* po2 = movie.At(0, 5);
-    EXPECT_EQ(po2->GetCharacter()->GetId(), 2);
-    EXPECT_FLOAT_EQ(po2->GetMatrix().GetTX(), 0.25f);
-    EXPECT_EQ(po2->GetClipDepth(), 7);
+    EXPECT_EQ(Nums(noAlpha.GetIsAdd(), noAlpha.GetaR(), noAlpha.GetaB()), "1,10,-5");
+    const flaCharacterInfo *po2 = movie.At(0, 5), *moved = movie.At(1, 5);
+    EXPECT_EQ(Nums(po2->GetCharacter()->GetId(), po2->GetClipDepth(), movie.At(0, 8)->GetClipDepth()), "2,7,9");
     EXPECT_TRUE(po2->GetColorXForm() == cx);
-    EXPECT_EQ(movie.At(0, 8)->GetClipDepth(), 9);
-    const flaCharacterInfo* moved = movie.At(1, 5);
-    EXPECT_EQ(moved->GetCharacter()->GetId(), 1);
-    EXPECT_EQ(moved->GetClipDepth(), 7);
-    EXPECT_FLOAT_EQ(moved->GetMatrix().GetTX(), 0.25f);
+    EXPECT_EQ(Nums(moved->GetCharacter()->GetId(), moved->GetClipDepth()), "1,7");
+    for (const flaCharacterInfo* e : {po2, moved}) EXPECT_FLOAT_EQ(e->GetMatrix().GetTX(), 0.25f);
 }
 
 TEST(Import, PlaceObject3ReadsPastFiltersAndBlendMode) {
@@ -264,17 +331,38 @@ TEST(Import, SpriteEndFrameExtension) {
     // A 10-frame sprite placed in the first frame of a 3-frame movie extends it; a
     // one-frame sprite does not.
     for (unsigned short spriteFrames : {10, 1}) {
-        SwfWriter w(11000, 8000, 24 << 8, 3);
+        SwfWriter w(3);
         w.Open(39).Word(2).Word(spriteFrames);
         for (int i = 0; i < spriteFrames; ++i) w.ShowFrame();
         w.Word(0).Close().Place(2, 1).ShowFrame().ShowFrame().ShowFrame();
         RawMovie movie;
         ASSERT_TRUE(movie.Read(w.Finish()));
         const unsigned frames = spriteFrames > 3 ? spriteFrames : 3;
-        EXPECT_EQ(movie.SpriteEndFrame(), spriteFrames > 3 ? spriteFrames : 0u);
         ASSERT_EQ(movie.GetFrameCount(), frames);
         for (unsigned f = 0; f < frames; ++f) EXPECT_EQ(movie.IdAt(static_cast<int>(f), 1), 2) << f;
     }
+}
+
+TEST(Import, SpriteKeepsDeclaredFramesAndForwardsLookups) {
+    // Sprite 2: 5 frames declared, 2 shown; places shape 1 of the parent's
+    // dictionary; two DoActions; a DefineSprite inside it is ignored.
+    SwfWriter w;
+    w.Shape(1).Open(39).Word(2).Word(5).Place(1, 3).ShowFrame().Tag(12, Hex("00")).Tag(12, Hex("00"));
+    w.Open(39).Word(9).Word(1).ShowFrame().Word(0).Close();
+    w.ShowFrame().Word(0).Close().ShowFrame();
+    RawMovie movie;
+    ASSERT_TRUE(movie.Read(w.Finish()));
+    auto* sprite = dynamic_cast<flaSprite*>(movie.GetCharacter(2));
+    ASSERT_NE(sprite, nullptr);
+    EXPECT_EQ(Nums(sprite->GetDeclaredFrameCount(), sprite->GetFrameCount(), movie.GetCharacterList().size()), "5,5,2");
+    EXPECT_EQ(sprite->GetParent(), &movie);
+    ASSERT_NE(sprite->GetFrame(1)->GetCharacterByDepth(3), nullptr);
+    EXPECT_EQ(sprite->GetFrame(1)->GetCharacterByDepth(3)->GetCharacter(), movie.GetCharacter(1));
+    EXPECT_EQ(sprite->GetCharacter(1), movie.GetCharacter(1));
+    EXPECT_EQ(movie.GetCharacter(9), nullptr);
+    // DoAction inside the sprite is reported once, in the parent's list.
+    EXPECT_EQ(sprite->GetUnsupported(), movie.GetUnsupported());
+    EXPECT_EQ(movie.Unsupported(), std::vector<flaUnsupported::UnsupportedElement>{flaUnsupported::Action});
 }
 
 TEST(Import, ProgressCallbackCanStop) {
@@ -285,33 +373,160 @@ TEST(Import, ProgressCallbackCanStop) {
         std::size_t limit;
         std::vector<float> fractions;
     };
-    SwfWriter w(11000, 8000, 24 << 8, 3);
+    SwfWriter w(3);
     const Bytes file = w.Shape(1).Place(1, 1).ShowFrame().ShowFrame().ShowFrame().Finish();
     StopAfter all(1000);
     RawMovie full;
     ASSERT_TRUE(full.Read(file, &all));
-    ASSERT_EQ(all.fractions.size(), 6u);  // one call before each of the six tags
-    for (std::size_t i = 1; i < all.fractions.size(); ++i) EXPECT_GT(all.fractions[i], all.fractions[i - 1]);
-    EXPECT_GT(all.fractions.front(), 0.0f);
-    EXPECT_LE(all.fractions.back(), 1.0f);
+    ASSERT_EQ(all.fractions.size(), 6u);  // one call before each of the six tags, rising within (0, 1]
+    const std::vector<float>& f = all.fractions;
+    for (std::size_t i = 1; i < f.size(); ++i) EXPECT_GT(f[i], f[i - 1]);
+    EXPECT_TRUE(f.front() > 0.0f && f.back() <= 1.0f);
     // Stopping before the first ShowFrame: true, the header's frames, nothing placed.
     StopAfter stop(3);
     RawMovie part;
     EXPECT_TRUE(part.Read(file, &stop));
-    EXPECT_EQ(stop.fractions.size(), 3u);
-    EXPECT_EQ(part.GetFrameCount(), 3u);
-    EXPECT_EQ(part.At(0, 1), nullptr);
+    EXPECT_EQ(Nums(stop.fractions.size(), part.GetFrameCount(), part.At(0, 1) != nullptr), "3,3,0");
 }
 
 TEST(Import, HugeCountsAreBounded) {
     // 65535 declared frames are created; sprites' declared frames count against the
     // same limit, so thousands of them are refused, not allocated.
-    SwfWriter w(11000, 8000, 24 << 8, 0xFFFF);
+    SwfWriter w(0xFFFF);
     for (int i = 0; i < 20; ++i) w.Open(39).Word(static_cast<unsigned short>(i + 1)).Word(0xFFFF).Close();
     EXPECT_THROW(ImportMovie().Read(w.Finish()), flaRead::readError);
     ImportMovie big;
-    ASSERT_TRUE(big.Read(SwfWriter(11000, 8000, 24 << 8, 0xFFFF).Finish()));
+    ASSERT_TRUE(big.Read(SwfWriter(0xFFFF).Finish()));
     EXPECT_EQ(big.GetFrameCount(), 0xFFFFu);
+}
+
+// Inputs found by fuzz/fuzz_import.cpp that once crashed the importer: each is
+// imported and its shapes decoded; a clean rejection is fine, a crash or a
+// sanitizer report is not.
+TEST(Import, FuzzFoundInputsDoNotCrash) {
+    const std::filesystem::path dir = std::filesystem::path(FLIO_TEST_DATA_DIR) / "fuzz";
+    std::error_code ec;
+    if (!std::filesystem::is_directory(dir, ec)) GTEST_SKIP() << "no fuzz inputs";
+    for (const auto& entry : std::filesystem::directory_iterator(dir)) {
+        ImportMovie movie;
+        bool imported = false;
+        ::testing::internal::CaptureStdout();
+        try {
+            imported = movie.Read(FileBytes(entry.path().string()));
+        } catch (const flaRead::readError&) {
+        }
+        for (std::size_t i = 0; imported && i < movie.GetCharacterList().size(); ++i) {
+            auto* shape = dynamic_cast<flaGeometry*>(movie.GetCharacterList()[i]);
+            try {
+                if (shape) shape->BuildBloated();
+            } catch (const flaRead::readError&) {
+            }
+        }
+        ::testing::internal::GetCapturedStdout();
+    }
+}
+
+// ---- the static pass ----------------------------------------------------------------------
+
+// A character that records the transformations baked into it.
+struct Recorder : flaCharacter {
+    explicit Recorder(int id_) : flaCharacter(id_) {}
+    void SetTransformation(const flaMatrix& m) override { baked.push_back(m); }
+    void DumpCharacterInFile(flaDump&) const override {}
+    std::vector<flaMatrix> baked;
+};
+
+// A 550 x 400 movie (ratio 1.375): the centre shift is (-0.5, -0.5 / 1.375).
+struct PassMovie : ImportMovie {
+    explicit PassMovie(int frameCount) : ImportMovie(550, 400) { CreateFrames(frameCount); }
+    template <class C>
+    C* Add(C* c) {
+        AddNewCharacter(c);
+        return c;
+    }
+    void Place(flaMovie* in, int frame, flaCharacter* c, int depth, const flaMatrix& m) {
+        in->GetFrame(frame)->PlaceNewCharacterInFrame(flaCharacterInfo(c, depth, m, -1));
+    }
+    float TX(int frame, int depth) const { return GetFrame(frame)->GetMatrixByDepth(depth)->GetTX(); }
+};
+
+const float kCentreY = static_cast<float>(-0.5 / 1.375);
+
+// (The pass switched off leaves every matrix as read: the import tests above rely on it.)
+TEST(StaticPass, StaticIsBakedDynamicIsShifted) {
+    PassMovie movie(2);
+    Recorder* still = movie.Add(new Recorder(1));
+    Recorder* moving = movie.Add(new Recorder(2));
+    Recorder* unplaced = movie.Add(new Recorder(3));
+    for (int f = 0; f < 2; ++f) {
+        movie.Place(&movie, f, still, 1, Translation(0.25f, 0.125f));
+        movie.Place(&movie, f, moving, 2, Translation(0.1f * static_cast<float>(f + 1), 0));
+    }
+    movie.PreProsessStaticCharacters();
+    EXPECT_TRUE(moving->baked.empty() && unplaced->baked.empty());
+    ASSERT_EQ(still->baked.size(), 1u);
+    EXPECT_FLOAT_EQ(still->baked[0].GetTX(), 0.25f - 0.5f);
+    EXPECT_FLOAT_EQ(still->baked[0].GetTY(), 0.125f + kCentreY);
+    for (int f = 0; f < 2; ++f) EXPECT_TRUE(*movie.GetFrame(f)->GetMatrixByDepth(1) == flaMatrix()) << f;
+    EXPECT_FLOAT_EQ(movie.TX(0, 2), 0.1f - 0.5f);
+    EXPECT_FLOAT_EQ(movie.TX(1, 2), 0.2f - 0.5f);
+    EXPECT_FLOAT_EQ(movie.GetFrame(1)->GetMatrixByDepth(2)->GetTY(), kCentreY);
+}
+
+TEST(StaticPass, SpriteIsShiftedAndItsContentsCollectedOnce) {
+    PassMovie movie(2);
+    Recorder* inner = movie.Add(new Recorder(1));
+    Recorder* innerMoving = movie.Add(new Recorder(2));
+    auto* sprite = movie.Add(new flaSprite(3, &movie));
+    sprite->CreateFrames(2);
+    for (int f = 0; f < 2; ++f) {
+        movie.Place(sprite, f, inner, 1, Translation(0.3f, 0));
+        movie.Place(sprite, f, innerMoving, 2, Translation(0.1f * static_cast<float>(f), 0));
+        movie.Place(&movie, f, sprite, 1, Translation(0.5f, 0));  // one matrix, still never baked
+    }
+    flaCharacterMatrices map;
+    movie.AssociateCharacterMatrices(map, 0);
+    ASSERT_EQ(Nums(map[inner].size(), map[sprite].size()), "2,2");  // the sprite's two frames, once
+    EXPECT_EQ(Nums(map[inner][0].level, map[sprite][0].level), "1,0");
+
+    movie.PreProsessStaticCharacters();
+    EXPECT_FLOAT_EQ(movie.TX(0, 1), 0.0f);  // 0.5 shifted by -0.5
+    EXPECT_FLOAT_EQ(movie.GetFrame(1)->GetMatrixByDepth(1)->GetTY(), kCentreY);
+    // Inside: the static shape is baked and its level-1 placements get the inverse
+    // shift; the moving one keeps its matrices (level 1 is not shifted).
+    ASSERT_EQ(inner->baked.size(), 1u);
+    EXPECT_FLOAT_EQ(inner->baked[0].GetTX(), 0.3f - 0.5f);
+    EXPECT_FLOAT_EQ(sprite->GetFrame(0)->GetMatrixByDepth(1)->GetTX(), 0.5f);
+    EXPECT_FLOAT_EQ(sprite->GetFrame(0)->GetMatrixByDepth(1)->GetTY(), -kCentreY);
+    EXPECT_TRUE(innerMoving->baked.empty());
+    EXPECT_FLOAT_EQ(sprite->GetFrame(1)->GetMatrixByDepth(2)->GetTX(), 0.1f);
+}
+
+TEST(StaticPass, ChainedSpritesAreCollectedWithoutRecursion) {
+    // Sprite n places sprite n - 1; 20000 levels would overflow a recursive walk.
+    PassMovie movie(1);
+    Recorder* shape = movie.Add(new Recorder(1));
+    flaCharacter* below = shape;
+    for (int i = 0; i < 20000; ++i) {
+        auto* sprite = movie.Add(new flaSprite(i + 2, &movie));
+        sprite->CreateFrames(1);
+        movie.Place(sprite, 0, below, 1, flaMatrix());
+        below = sprite;
+    }
+    movie.Place(&movie, 0, below, 1, flaMatrix());
+    flaCharacterMatrices map;
+    movie.AssociateCharacterMatrices(map, 0);
+    ASSERT_EQ(map[shape].size(), 1u);
+    EXPECT_EQ(map[shape][0].level, 20000);
+}
+
+TEST(StaticPass, RunsAtTheEndOfAnImport) {
+    SwfWriter w(2);
+    w.Shape(1).Shape(2).Place(1, 1, Translation(0.25f, 0)).Place(2, 2, Translation(0.1f, 0)).ShowFrame();
+    ImportMovie movie;
+    ASSERT_TRUE(movie.Read(w.Move(2, Translation(0.2f, 0)).ShowFrame().Finish()));
+    EXPECT_TRUE(movie.At(1, 1)->GetMatrix() == flaMatrix());
+    EXPECT_NEAR(movie.At(0, 2)->GetMatrix().GetTX(), 0.1f - 0.5f, 1e-6);
 }
 
 }  // namespace

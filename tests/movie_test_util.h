@@ -1,13 +1,16 @@
-// Helpers shared by the frame and movie tests: a minimal character whose
-// definition is a recognisable 4-byte tag, and builders of expected bytes.
+// Helpers for the tests of written movies and frames: a minimal character whose
+// definition is a recognisable 4-byte tag, builders of expected bytes, and the tag
+// codes of a file.
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "flio/flaCharacter.h"
 #include "flio/flaColorXForm.h"
 #include "flio/flaDump.h"
 #include "flio/flaMatrix.h"
+#include "flio/flaRead.h"
 #include "test_util.h"
 
 namespace flio_test {
@@ -43,8 +46,6 @@ std::string RecordHex(const Record& record) {
     record.DumpInFile(dump);
     return ToHex(Flushed(dump));
 }
-inline std::string MatrixHex(const flaMatrix& m) { return RecordHex(m); }
-inline std::string CxHex(const flaColorXForm& cx) { return RecordHex(cx); }
 
 // A tag header and body: the short form holds the length in the word's low bits
 // (PlaceObject2's 1664 | length), the long form gives it as a 32-bit field.
@@ -55,6 +56,16 @@ inline std::string TagHex(unsigned code, const std::string& body, bool longForm)
     if (longForm) dump.DataU32(length);
     return Join(ToHex(dump.GetBuffer()), body);
 }
+// The codes of an uncompressed file image's top-level tags, in order, End included.
+inline std::vector<unsigned> TagCodes(const Bytes& file) {
+    flaRead r(static_cast<int>(file.size()), file.data());
+    r.GetFileHeader();
+    r.GetMovieHeader();
+    std::vector<unsigned> codes;
+    r.WalkTags([&codes](unsigned short code) { codes.push_back(code); });
+    return codes;
+}
+
 inline std::string Po2(const std::string& body) { return TagHex(26, body, false); }
 inline std::string LongTag(unsigned code, const std::string& body) { return TagHex(code, body, true); }
 

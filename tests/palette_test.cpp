@@ -1,34 +1,44 @@
 // The palette tag 731: its bytes, reading them back, the legacy layout, damaged
-// blocks; the colour-key rules of flaPalette; the unsupported-element list.
+// blocks, and the colour-key rules of flaPalette.
 #include <gtest/gtest.h>
+
+#include <cstring>
 
 #include "flio/flaDump.h"
 #include "flio/flaPalette.h"
 #include "flio/flaRead.h"
-#include "test_util.h"
+#include "cli_util.h"
 
-using flio_test::Bytes;
-using flio_test::Hex;
-using flio_test::ToHex;
+using namespace flio_test;
 
 namespace {
 
 // Little-endian byte builder for hand-made blocks.
 struct LE {
     Bytes b;
-    LE& U8(unsigned v) { b.push_back(static_cast<unsigned char>(v)); return *this; }
+    LE& U8(unsigned v) {
+        b.push_back(static_cast<unsigned char>(v));
+        return *this;
+    }
     LE& U16(unsigned v) { return U8(v & 0xFF).U8((v >> 8) & 0xFF); }
     LE& U32(std::uint32_t v) { return U16(v & 0xFFFF).U16(v >> 16); }
-    LE& Raw(const Bytes& r) { b.insert(b.end(), r.begin(), r.end()); return *this; }
-    LE& Text(const char* s) { while (*s) U8(static_cast<unsigned char>(*s++)); return *this; }
-    LE& Wide(const char* s) { while (*s) U16(static_cast<unsigned char>(*s++)); return U16(0); }
+    LE& Raw(const Bytes& r) {
+        b.insert(b.end(), r.begin(), r.end());
+        return *this;
+    }
+    LE& Text(const char* s) { return Raw(Bytes(s, s + std::strlen(s))); }
+    LE& Wide(const char* s) {
+        for (; *s; ++s) U16(static_cast<unsigned char>(*s));
+        return U16(0);
+    }
 };
 
 const Bytes kSignature = Hex("51 55 49 4C 4C 41 52 4B 49 4E 43 00");
 
 // A tag 731 around the signature and the given blocks.
 Bytes Tag731(const Bytes& blocks, const Bytes& signature = kSignature) {
-    return LE().U16(0xB6FF).U32(static_cast<std::uint32_t>(signature.size() + blocks.size())).Raw(signature).Raw(blocks).b;
+    const auto length = static_cast<std::uint32_t>(signature.size() + blocks.size());
+    return LE().U16(0xB6FF).U32(length).Raw(signature).Raw(blocks).b;
 }
 
 // A palette block: magic, length, counts, key table, offsets, then the records.
@@ -51,7 +61,7 @@ bool ReadTag(const Bytes& tag, flaQKData& data) {
 Bytes Dumped(const flaQKData& data) {
     flaDump dump(550, nullptr);
     data.Dump(dump);
-    return flio_test::Flushed(dump);
+    return Flushed(dump);
 }
 
 }  // namespace
@@ -60,10 +70,14 @@ TEST(PaletteTag, BytesAndReadBack) {
     flaQKData data;
     EXPECT_TRUE(Dumped(data).empty());  // no palette, no tag
     flaPalette* p = data.GetPaletteInformation();
-    EXPECT_EQ(ToHex(Dumped(data)), "FF B6 1C 00 00 00 " + ToHex(kSignature) + " 50 41 4C 31 08 00 00 00 00 00 00 00 00 00 00 00");
-    p->AddColourIndex(0x70005, 0x0102030405060708LL, "Red", "Main");
+    EXPECT_EQ(ToHex(Dumped(data)),
+              "FF B6 1C 00 00 00 " + ToHex(kSignature) + " 50 41 4C 31 08 00 00 00 00 00 00 00 00 00 00 00");
+    // A key: the low value in bits 0-15, the flag in bit 16, the high value above it.
+    EXPECT_EQ(flaPalette::CreateFlashKey(-1, 3, false), 0x6FFFFu);
+    p->AddColourIndex(flaPalette::CreateFlashKey(5, 3, true), 0x0102030405060708LL, "Red", "Main");
     p->AddColourIndex(0x10001, 42, "Blue", "Main");
     p->AddColourIndex(5, 42, "Other name", "Other");  // same id: maps to Blue
+    p->AddColourIndex(5, 99, "Green", "Main");        // same key: the first mapping stays
 
     const Bytes expected = Hex(
         "FF B6 72000000"
@@ -80,17 +94,11 @@ TEST(PaletteTag, BytesAndReadBack) {
     EXPECT_FALSE(ReadTag(expected, back));  // the result is false even after a good read
     const flaPalette* q = back.GetExistingPaletteInformation();
     ASSERT_NE(q, nullptr);
-    EXPECT_EQ(q->GetKeyCount(), 3u);
-    const flaPalette::ColourInfo* red = q->GetColourInformation(0x70005);
-    ASSERT_NE(red, nullptr);
-    EXPECT_EQ(red->GetColourName(), UT_String("Red"));
-    EXPECT_EQ(red->GetPaletteName(), UT_String("Main"));
-    // All eight bytes are read back as they stand, without undoing the shift.
-    EXPECT_EQ(red->GetColourId(), 0x0402030405060708LL);
-    const flaPalette::ColourInfo* blue = q->GetColourInformation(5);
-    ASSERT_NE(blue, nullptr);
-    EXPECT_EQ(blue, q->GetColourInformation(0x10001));
-    EXPECT_EQ(blue->GetIndex(), 1u);
+    const flaPalette::ColourInfo *red = q->GetColourInformation(0x70005), *blue = q->GetColourInformation(5);
+    ASSERT_TRUE(red && blue);
+    EXPECT_EQ(red->GetColourName().utf8() + " / " + red->GetPaletteName().utf8(), "Red / Main");
+    EXPECT_EQ(red->GetColourId(), 0x0402030405060708LL);  // all eight bytes as they stand: the shift stays
+    EXPECT_EQ(Nums(q->GetKeyCount(), blue->GetIndex(), blue == q->GetColourInformation(0x10001)), "3,1,1");
 }
 
 TEST(PaletteTag, OddAndDamagedTags) {
@@ -99,7 +107,7 @@ TEST(PaletteTag, OddAndDamagedTags) {
     Bytes badMagic = block, badSignature = kSignature;
     badMagic[3] = 'X';
     badSignature[0] = 'X';
-    const struct { const char* name; Bytes tag; bool result; int colours; } cases[] = {  // -1: no palette
+    const struct { const char* name; Bytes tag; bool result; int colours; } cases[] = {  // colours -1: no palette
         {"a second block stops the read", Tag731(LE().Raw(block).Raw(second).b), false, 1},
         {"another signature", Tag731(block, badSignature), false, -1},
         {"unknown block magic", Tag731(badMagic), false, -1},
@@ -129,22 +137,22 @@ TEST(PaletteTag, LegacyLayout) {
     flaQKData data;
     EXPECT_FALSE(ReadTag(Tag731(Block("PALT", {{0x00030005, 0}}, {0}, record)), data));
     const flaPalette* p = data.GetExistingPaletteInformation();
-    ASSERT_NE(p, nullptr);
-    EXPECT_TRUE(p->IsLegacy());
+    ASSERT_TRUE(p && p->IsLegacy());
     // The high half of a legacy key moves up one bit and drops by one.
     EXPECT_FALSE(p->IsColourPresent(0x00030005));
     const flaPalette::ColourInfo* c = p->GetColourInformation(0x00040005);
     ASSERT_NE(c, nullptr);
-    EXPECT_EQ(c->GetColourName(), UT_String("Cyan"));
-    EXPECT_EQ(c->GetPaletteName(), UT_String("Old"));
+    EXPECT_EQ(c->GetColourName().utf8() + " / " + c->GetPaletteName().utf8(), "Cyan / Old");
     EXPECT_EQ(c->GetColourId(), 0x0807060504030211LL);
 }
 
 TEST(PaletteTag, OffsetsPlaceOrDropRecords) {
     const Bytes both = LE().U32(1).U32(0).Wide("A").Wide("P").U32(2).U32(0).Wide("B").Wide("P").b;  // 16 + 16
-    const struct { std::vector<std::uint32_t> offsets; std::vector<std::int64_t> idsByIndex; std::int64_t idOfKey1; } cases[] = {
-        {{0, 16}, {1, 2}, 2}, {{16, 0}, {2, 1}, 1}, {{0, 99}, {1}, 0}, {{7, 99}, {}, 0},  // 0: key 1 has no colour
-    };
+    const struct {
+        std::vector<std::uint32_t> offsets;
+        std::vector<std::int64_t> idsByIndex;
+        std::int64_t idOfKey1;  // 0: key 1 has no colour
+    } cases[] = {{{0, 16}, {1, 2}, 2}, {{16, 0}, {2, 1}, 1}, {{0, 99}, {1}, 0}, {{7, 99}, {}, 0}};
     for (const auto& c : cases) {
         flaQKData data;
         ReadTag(Tag731(Block("PAL1", {{100, 0}, {101, 1}}, c.offsets, both)), data);
@@ -159,24 +167,4 @@ TEST(PaletteTag, OffsetsPlaceOrDropRecords) {
         EXPECT_EQ(k1 ? k1->GetColourId() : 0, c.idOfKey1);
         EXPECT_FALSE(Dumped(data).empty());  // what was read writes out again without holes
     }
-}
-
-TEST(Palette, KeysAndColourIds) {
-    EXPECT_EQ(flaPalette::CreateFlashKey(5, 3, true), 0x70005u);
-    EXPECT_EQ(flaPalette::CreateFlashKey(-1, 3, false), 0x6FFFFu);
-    flaPalette p;
-    p.AddColourIndex(1, 100, "Red", "Main");
-    p.AddColourIndex(1, 200, "Green", "Main");      // same key: the first mapping stays
-    p.AddColourIndex(2, 100, "Ignored", "Second");  // same id: the existing colour
-    EXPECT_EQ(p.GetKeyCount(), 2u);
-    ASSERT_EQ(p.GetColourCount(), 1u);
-    EXPECT_EQ(p.GetColourInformation(2)->GetColourName(), UT_String("Red"));
-}
-
-TEST(Unsupported, EachKindOnceInOrderOfFirstReport) {
-    flaUnsupported list;
-    for (auto kind : {flaUnsupported::Action, flaUnsupported::Button, flaUnsupported::Action}) list.AddUnsupportedElement(kind);
-    ASSERT_EQ(list.GetUnsupportedElementCount(), 2u);
-    EXPECT_EQ(*(list.GetUnsupportedElementBegin() + 1), flaUnsupported::Button);
-    EXPECT_STREQ(flaUnsupported::GetElementName(flaUnsupported::Action), "DoAction");
 }

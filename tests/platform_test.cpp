@@ -1,12 +1,13 @@
-// Host base library: UTF-16 strings, file specifications, intrusive reference counts.
+// Host base library: UTF-16 strings and intrusive reference counts. The umbrella
+// header comes first: it stands on its own and reaches every class family.
+#include "flio/flio.h"
+
 #include <gtest/gtest.h>
 
-#include <cstdio>
-
-#include "test_util.h"
-#include "flio/PL_File.h"
-#include "flio/UT_SharedPtr.h"
-#include "flio/UT_String.h"
+static_assert(sizeof(flaSprite) && sizeof(flaTextGeometry) && sizeof(flaBitsJpeg3) && sizeof(FLIO::flaFilter) &&
+                  sizeof(flaSoundInfo) && sizeof(flaQKData) && sizeof(flaAction) && sizeof(flaCharacterMatrices) &&
+                  sizeof(fontInfo) && sizeof(flaRewrite) && sizeof(PL_FileSpec),
+              "every class family is complete through flio/flio.h");
 
 TEST(UT_String, ConvertsUtf8BothWaysAndFallsBackToLatin1) {
     const struct { const char* utf8; std::u16string units; } cases[] = {
@@ -20,19 +21,6 @@ TEST(UT_String, ConvertsUtf8BothWaysAndFallsBackToLatin1) {
     EXPECT_EQ(UT_String("caf\xE9").units(), u"caf\u00E9");  // invalid UTF-8 is read as Latin-1
     EXPECT_EQ(UT_String(std::u16string(1, u'\xD800')).utf8(), "\xEF\xBF\xBD");  // lone surrogate
     EXPECT_LT(UT_String("B"), UT_String("a"));  // ordered by code units
-}
-
-TEST(PL_FileSpec, ValidityAndFiles) {
-    EXPECT_FALSE(PL_FileSpec().IsValid());
-    const std::string path = flio_test::RunDir() + "flio_filespec_test.bin";
-    const PL_FileSpec file(path.c_str());
-    std::FILE* f = file.get_fs("wb");
-    ASSERT_NE(f, nullptr);
-    std::fclose(f);
-    EXPECT_TRUE(file.IsFile());
-    std::remove(path.c_str());
-    EXPECT_FALSE(file.IsFile());
-    EXPECT_EQ(PL_FileSpec("/no/such/dir/x").get_fs("rb"), nullptr);
 }
 
 namespace {

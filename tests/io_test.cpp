@@ -1,20 +1,39 @@
-// Input stream: bit reader, sign extension, byte reads, tag headers, inflation,
-// and what a truncated or lying file gets.
+// The byte streams. Output: bit packing, whole integers, fixed point, size reports
+// and the file image (compression and its fallback); length fix-ups are checked by
+// every long-form tag and file length of the movie tests. Input: the bit reader,
+// sign extension, byte reads, tag headers, inflation, and what a truncated or lying
+// file gets.
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <functional>
 #include <sstream>
 #include <string>
 
 #include "flio/flaColorXForm.h"
+#include "flio/flaDump.h"
 #include "flio/flaMatrix.h"
 #include "flio/flaRead.h"
 #include "test_util.h"
 
-using flio_test::Bytes;
-using flio_test::Hex;
+using namespace flio_test;
 
 namespace {
+
+void U16Field(flaDump& d, int value, int bits, bool packed) {
+    unsigned short v = static_cast<unsigned short>(value);
+    d.DataU16(reinterpret_cast<const char*>(&v), bits, packed);
+}
+
+// An SWF-like image: "FWS", version, length, then a body.
+flaDump MakeImage(const std::string& body, unsigned char version = 9) {
+    flaDump d(550, nullptr);
+    d.ChunkDump("FWS", 3);
+    d.DataU8(version);
+    d.DataU32(static_cast<unsigned long>(8 + body.size()));
+    d.ChunkDump(body.data(), static_cast<unsigned int>(body.size()));
+    return d;
+}
 
 flaRead Over(const Bytes& b) { return flaRead(static_cast<int>(b.size()), b.data()); }
 
@@ -28,6 +47,71 @@ std::string Compressed(const std::string& body, unsigned announced) {
 }
 
 }  // namespace
+
+TEST(flaDump, WritesExactBytesAndReportsEveryBit) {
+    using W = std::function<void(flaDump&)>;
+    const struct { const char* name; W write; const char* bytes; long long bits; } cases[] = {
+        {"bits then aligned byte", [](flaDump& d) { d.Bits(7, 3); d.DataU8((unsigned char)0xAB); }, "E0 AB", 16},
+        {"u32 keeps the low 32 bits", [](flaDump& d) { d.DataU32(0x1FFFFFFFFUL); }, "FF FF FF FF", 32},
+        {"packed crosses a byte", [](flaDump& d) { d.Bits(0, 6); U16Field(d, 5, 3, true); }, "02 80", 16},
+        {"packed 5 then 9 bits; zero width",
+         [](flaDump& d) { U16Field(d, 0x1F, 5, true); U16Field(d, 0x101, 9, true); U16Field(d, 7, 0, true); },
+         "FC 04", 16},
+        {"unpacked: full width, narrow keeps the first bits",
+         [](flaDump& d) { U16Field(d, 0xBEEF, 16, false); U16Field(d, 0xAB, 8, false); }, "EF BE 00", 24},
+        {"fixed 1.5, saturated", [](flaDump& d) { d.DataFixed(1.5); d.DataFixed(70000.0); },
+         "00 80 01 00 FF FF FF FF", 64},
+        {"fixed8 2.25, saturated", [](flaDump& d) { d.DataFixed8(2.25); d.DataFixed8(300.0); }, "40 02 FF FF", 32},
+        {"byte caps and truncates", [](flaDump& d) { d.DataUnsigedChar(300.7); d.DataUnsigedChar(12.9); }, "FF 0C", 16},
+        {"float", [](flaDump& d) { d.DataFloat(1.0f); }, "00 00 80 3F", 32},
+        {"strings with terminator", [](flaDump& d) { d.StringPrint("AB"); d.StringPrint(""); }, "41 42 00 00", 32},
+        {"null chunk; chunk aligns first",
+         [](flaDump& d) { d.ChunkDump(nullptr, 10); d.Bit(true); d.ChunkDump("xy", 2); }, "80 78 79", 24},
+    };
+    for (const auto& c : cases) {
+        CountingCallback counter;
+        flaDump d(550, &counter);
+        c.write(d);
+        EXPECT_EQ(ToHex(Flushed(d)), ToHex(Hex(c.bytes))) << c.name;
+        EXPECT_EQ(counter.Total(), c.bits) << c.name;
+    }
+    // The width of an unsigned field for a value; none for a negative one.
+    for (auto [value, bits] : {std::make_pair(0, 1), {1, 1}, {2, 2}, {255, 8}, {256, 9}, {0x7FFFFFFF, 31}, {-5, 0}})
+        EXPECT_EQ(flaDump::GetBitNumber(value), bits) << value;
+}
+
+TEST(flaDump, CompressedImageAndItsFallback) {
+    const std::string body(1000, 'a');
+    bool compress = true;
+    const auto image = MakeImage(body, 4).GetFileImage(compress);
+    ASSERT_TRUE(compress);
+    EXPECT_EQ(ToHex({image.begin(), image.begin() + 8}), "43 57 53 06 F0 03 00 00");  // version raised to 6
+    std::istringstream in(std::string(image.begin(), image.end()));  // which the reader inflates again
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(flaRead(in).GetBuffer()) + 8, body.size()), body);
+    // Nothing after the header; a tiny body that grows; compression not asked.
+    for (const auto& [content, asked] : {std::make_pair(std::string(), true), {"xq", true}, {body, false}}) {
+        flaDump d = MakeImage(content);
+        compress = asked;
+        EXPECT_EQ(d.GetFileImage(compress), d.GetBuffer());
+        EXPECT_FALSE(compress);
+    }
+}
+
+TEST(flaDump, LargeImagesReadBackBitForBit) {
+    flaDump d(550, nullptr);
+    for (int i = 0; i < 100000; ++i) {
+        d.Bits(static_cast<std::uint32_t>(i), 17);
+        if (i % 7 == 0) d.DataU8(static_cast<unsigned char>(i));
+    }
+    const auto bytes = Flushed(d);
+    flaRead r(static_cast<int>(bytes.size()), bytes.data());
+    for (int i = 0; i < 100000; ++i) {
+        ASSERT_EQ(r.GetBits(17), static_cast<std::uint32_t>(i) & 0x1FFFF) << i;
+        if (i % 7 == 0) {
+            ASSERT_EQ(r.GetByte(), static_cast<unsigned char>(i)) << i;
+        }
+    }
+}
 
 TEST(flaRead, BitReaderAndSignExtension) {
     const Bytes b = Hex("B5 0F F0 12 34 56 78 9A");
@@ -122,12 +206,12 @@ TEST(flaRead, EveryPrimitiveThrowsOnTruncatedData) {
     EXPECT_THROW(empty.GetByte(), flaRead::readError);
 }
 
-TEST(flaRead, InflatesCompressedStreams) {
+TEST(flaRead, InflatesCompressedStreamsToTheAnnouncedLength) {
     const std::string body = "0123456789abcdef";
     std::istringstream in(Compressed(body, 8 + 16));
     flaRead r(in);
     ASSERT_EQ(r.GetSize(), 24u);
-    EXPECT_EQ(std::string(reinterpret_cast<const char*>(r.GetBuffer()), 24), std::string("FWS\x0a\x18\0\0\0", 8) + body);
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(r.GetBuffer()), 24), "FWS\x0a\x18" + std::string(3, 0) + body);
     std::istringstream more(Compressed(std::string(100, 'q'), 8 + 50));
     EXPECT_EQ(flaRead(more).GetSize(), 58u);  // inflating more keeps the announced bytes
     // Short and uncompressed streams are kept as read.
@@ -135,14 +219,10 @@ TEST(flaRead, InflatesCompressedStreams) {
         std::istringstream raw(file);
         EXPECT_EQ(flaRead(raw).GetSize(), file.size());
     }
-}
-
-TEST(flaRead, RejectsStreamsThatDoNotInflateToTheirLength) {
-    const std::string body(100, 'q');
-    // Inflates short; announces 4 GB (must not allocate it); not zlib at all.
-    for (const std::string& file : {Compressed(body, 8 + 200), Compressed(body, 0xFFFFFFF0u),
+    // Refused: inflating short; announcing 4 GB (must not allocate it); not zlib at all.
+    for (const std::string& file : {Compressed(std::string(100, 'q'), 8 + 200), Compressed(body, 0xFFFFFFF0u),
                                     std::string("CWS\x0a\x10\0\0\0garbage!", 16)}) {
-        std::istringstream in(file);
-        EXPECT_THROW(flaRead r(in), flaRead::dekompressError);
+        std::istringstream bad(file);
+        EXPECT_THROW(flaRead reader(bad), flaRead::dekompressError);
     }
 }

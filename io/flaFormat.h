@@ -295,7 +295,17 @@ const unsigned char OnTop = 0x10;
 // The convolution filter's flags byte.
 const unsigned char Clamp = 0x02;
 const unsigned char PreserveAlpha = 0x01;
+// The pass count in the low bits of the flags byte: five bits for the drop shadow
+// and the glow, four for the bevel and gradient filters (whose fifth is OnTop).
+const unsigned char Passes5 = 0x1F;
+const unsigned char Passes4 = 0x0F;
+// The blur filter's last byte: its pass count in the top five bits, then three
+// reserved bits.
+const unsigned char BlurPassShift = 3;
 }  // namespace FilterFlag
+
+// A colour matrix filter holds a 4 x 5 matrix, without a count in the record.
+const unsigned int ColorMatrixValues = 20;
 
 // ---- Bitmaps -------------------------------------------------------------------
 

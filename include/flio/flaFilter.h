@@ -48,9 +48,15 @@ public:
     };
 
     virtual ~flaFilter();
-    // The whole FILTER record, filter-type byte first.
+    // The whole FILTER record, filter-type byte first. With the stream's fullStyles
+    // option every field is written as it stands (signed fixed-point values, every
+    // flag, the pass count), so that a record read faithfully comes back byte for
+    // byte; without it, as the classic writer always has.
     virtual void DumpInFile(flaDump& dump) const = 0;
-    // The record body that follows the filter-type byte.
+    // The record body that follows the filter-type byte. A faithful reader
+    // (flaRead::IsFaithful) keeps every field as the record has it; otherwise the
+    // classic reading, which misreads a drop shadow's fields, negative fixed-point
+    // values and floats.
     virtual void ReadFromFile(flaRead& reader) = 0;
     virtual bool IsEqual(const flaFilter* other) const = 0;
     virtual FilterType GetFilterType() const = 0;

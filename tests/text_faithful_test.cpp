@@ -7,10 +7,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -82,8 +84,9 @@ void TextBody(flaDump& d, bool text2, int tx, int ty, const std::vector<Record>&
     d.DataU8(1), d.DataU8(12);
     namespace TR = flaFormat::TextRecord;
     for (const Record& rec : records) {
-        d.DataU8(static_cast<unsigned char>(TR::Type | (rec.font >= 0 ? TR::HasFont : 0) | (rec.a >= 0 ? TR::HasColor : 0) |
-                                            (rec.hasY ? TR::HasYOffset : 0) | (rec.hasX ? TR::HasXOffset : 0)));
+        d.DataU8(static_cast<unsigned char>(TR::Type | (rec.font >= 0 ? TR::HasFont : 0) |
+                                            (rec.a >= 0 ? TR::HasColor : 0) | (rec.hasY ? TR::HasYOffset : 0) |
+                                            (rec.hasX ? TR::HasXOffset : 0)));
         if (rec.font >= 0) d.DataU16(static_cast<unsigned short>(rec.font));
         if (rec.a >= 0) {
             for (int c : {rec.r, rec.g, rec.b}) d.DataU8(static_cast<unsigned char>(c));
@@ -136,7 +139,8 @@ struct TextMovie : ImportMovie {
     }
 };
 
-// Each drawn square as "x,y r,g,b,a": its left edge and baseline in twips, its fill.
+// Each drawn square as "x,y r,g,b,a side WxH": its left edge and baseline, its fill
+// and its size, in twips.
 std::vector<std::string> Squares(const flaGeometry& drawing) {
     std::vector<std::string> out;
     for (std::size_t s = 0; s < drawing.GetSubGeometryCount(); ++s) {

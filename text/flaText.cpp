@@ -43,7 +43,8 @@ flaTextGeometry::flaTextGeometry(int id_) : flaCharacter(id_) { drawing.SetId(id
 
 flaTextGeometry::flaTextGeometry(int id_, flaRead& in) : flaTextGeometry(id_, in, false) {}
 
-flaTextGeometry::flaTextGeometry(int id_, flaRead& in, bool alphaColours_) : flaCharacter(id_), alphaColours(alphaColours_) {
+flaTextGeometry::flaTextGeometry(int id_, flaRead& in, bool alphaColours_)
+    : flaCharacter(id_), alphaColours(alphaColours_) {
     drawing.SetId(id_);
     reader = in.CopyRestOfTag();
 }

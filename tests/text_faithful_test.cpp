@@ -64,13 +64,14 @@ struct Record {
     int r = 0, g = 0, b = 0, a = -1;
     bool hasX = false, hasY = false;
     int x = 0, y = 0;
-    int glyphs = 1;
+    std::vector<int> glyphs{0};  // glyph indices
 
     Record& Font(int id) { return font = id, *this; }
     Record& Colour(int r_, int g_, int b_, int a_ = 255) { return r = r_, g = g_, b = b_, a = a_, *this; }
     Record& X(int v) { return hasX = true, x = v, *this; }
     Record& Y(int v) { return hasY = true, y = v, *this; }
-    Record& Glyphs(int n) { return glyphs = n, *this; }
+    Record& Glyphs(int n) { return glyphs.assign(static_cast<std::size_t>(n), 0), *this; }
+    Record& Indices(std::vector<int> indices) { return glyphs = std::move(indices), *this; }
 };
 
 // DefineText (or DefineText2, whose colours have alpha) body after the id: bounds,
@@ -95,8 +96,8 @@ void TextBody(flaDump& d, bool text2, int tx, int ty, const std::vector<Record>&
         if (rec.hasX) d.DataS16(static_cast<short>(rec.x));
         if (rec.hasY) d.DataS16(static_cast<short>(rec.y));
         if (rec.font >= 0) d.DataU16(static_cast<unsigned short>(rec.height));
-        d.DataU8(static_cast<unsigned char>(rec.glyphs));
-        for (int i = 0; i < rec.glyphs; ++i) d.Bits(0, 1), d.Bits(kAdvance, 12);
+        d.DataU8(static_cast<unsigned char>(rec.glyphs.size()));
+        for (int index : rec.glyphs) d.Bits(static_cast<std::uint32_t>(index), 1), d.Bits(kAdvance, 12);
         d.PadLastByte();
     }
     d.DataU8(0);
@@ -105,7 +106,8 @@ void TextBody(flaDump& d, bool text2, int tx, int ty, const std::vector<Record>&
 // Three lines in one DefineText that sets its colour once: a record that gives
 // nothing continues the line in red; a new line gives only x and y; a record gives
 // only a colour; one gives only y (the pen keeps its x); one names a missing font
-// (nothing drawn, the pen still moves) and the last names the font again.
+// and the last names the font again, with a glyph it does not have first. As the
+// player draws it, what is missing neither draws nor moves the pen.
 std::vector<Record> MultiLineRecords() {
     return {Record().Font(kFont2).Colour(200, 0, 0).X(400).Y(1000).Glyphs(2),
             Record(),
@@ -113,7 +115,7 @@ std::vector<Record> MultiLineRecords() {
             Record().Colour(0, 0, 200),
             Record().Y(3000),
             Record().Font(99),
-            Record().Font(kFont2)};
+            Record().Font(kFont2).Indices({1, 0})};
 }
 
 // The hand-built movie: white stage, both fonts, the multi-line DefineText and a
@@ -198,7 +200,7 @@ TEST(FaithfulText, RecordsCarryColourYAndPenFromTheRecordBefore) {
         "400,2000 200,0,0,255 side 400x400",  "900,2000 200,0,0,255 side 400x400",   // x and y
         "1400,2000 0,0,200,255 side 400x400",                                          // colour only
         "1900,3000 0,0,200,255 side 400x400",                                          // y only
-        "2900,3000 0,0,200,255 side 400x400",  // after a glyph of a missing font
+        "2400,3000 0,0,200,255 side 400x400",  // after a missing font and glyph
     };
     const std::vector<std::string> classic = {
         "400,1000 200,0,0,255 side 400x400", "900,1000 200,0,0,255 side 400x400",
@@ -206,7 +208,7 @@ TEST(FaithfulText, RecordsCarryColourYAndPenFromTheRecordBefore) {
         "400,2000 0,0,0,255 side 400x400",   "900,2000 0,0,0,255 side 400x400",
         "0,0 0,0,200,255 side 400x400",
         "0,3000 0,0,0,255 side 400x400",
-        "0,0 0,0,0,255 side 400x400",
+        "500,0 0,0,0,255 side 400x400",
     };
     for (const bool isFaithful : {true, false}) {
         SCOPED_TRACE(isFaithful ? "faithful" : "classic");

@@ -215,26 +215,27 @@ void flaTextGeometry::BuildBloated(const flaMovie& movie) {
 
             const float scale = static_cast<float>(height) / static_cast<float>(flaFont::uiSwfEmSize);
             flaMatrix record(scale, 0.0f, 0.0f, scale, static_cast<float>(penX) * f, static_cast<float>(y) * f);
-            // A record whose font is missing draws nothing, but its glyphs still
-            // move the pen.
+            // A record whose font is missing is skipped whole, as players skip it;
+            // so, in a faithful reading, is a glyph its font does not have: neither
+            // draws nor moves the pen.
             const flaFont* font = movie.getBloatedFont(fontId_);
+            if (!font) continue;
             for (const Entry& e : entries) {
-                if (font && e.index < font->getGlyphCnt()) {
-                    if (const flaGlyphGeometry* glyph = font->getGlyphByIndex(e.index)) {
-                        // Glyph entries can cost no bits at all, so a tiny body could
-                        // otherwise copy a large outline without end.
-                        pointBudget -= std::min(PointCount(*glyph), pointBudget);
-                        if (pointBudget == 0) throw flaRead::readError("DefineText draws more outline points than allowed");
-                        flaMatrix combined;
-                        combined.Multiply(record, textMatrix);
-                        drawing.copyStrokeData(*glyph, &combined, &colour);
-                    }
+                const flaGlyphGeometry* glyph = e.index < font->getGlyphCnt() ? font->getGlyphByIndex(e.index) : nullptr;
+                if (glyph) {
+                    // Glyph entries can cost no bits at all, so a tiny body could
+                    // otherwise copy a large outline without end.
+                    pointBudget -= std::min(PointCount(*glyph), pointBudget);
+                    if (pointBudget == 0) throw flaRead::readError("DefineText draws more outline points than allowed");
+                    flaMatrix combined;
+                    combined.Multiply(record, textMatrix);
+                    drawing.copyStrokeData(*glyph, &combined, &colour);
                 }
-                if (faithful) {
+                if (!faithful) {
+                    record.SetTX(record.GetTX() + static_cast<float>(e.advance) * f);
+                } else if (glyph) {
                     penX += e.advance;
                     record.SetTX(static_cast<float>(penX) * f);
-                } else {
-                    record.SetTX(record.GetTX() + static_cast<float>(e.advance) * f);
                 }
             }
         }

@@ -96,7 +96,9 @@ public:
     // it also keeps, as players draw it, the colour and y offset of the record
     // before, and starts where the glyphs of the record before ended unless it
     // gives an x offset; the classic reading starts each record that does not give
-    // them in opaque black at x and y 0. Throws flaRead::readError on a malformed body, or when the
+    // them in opaque black at x and y 0. A record whose font is missing draws
+    // nothing and, like a glyph its font lacks in a faithful reading, does not
+    // move the pen. Throws flaRead::readError on a malformed body, or when the
     // text would copy more than about four million outline points, leaving the
     // drawing empty.
     void BuildBloated(const flaMovie& movie);

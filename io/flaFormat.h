@@ -230,6 +230,10 @@ const unsigned char Italic = 0x02;
 const unsigned char Bold = 0x01;
 }  // namespace Font2
 
+// DefineFont3 has DefineFont2's layout, but its glyph outlines are drawn on an em
+// square this many times finer (20 x 1024 units).
+const unsigned int Font3UnitsPerFont2Unit = 20;
+
 // The flags byte of DefineFontInfo and DefineFontInfo2: two reserved bits, small
 // text, Shift-JIS, ANSI, italic, bold, wide codes.
 namespace FontInfo {

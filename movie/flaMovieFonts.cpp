@@ -58,6 +58,15 @@ void flaMovie::ParseDefineText(flaRead& reader) {
     text.release();
 }
 
-void flaMovie::ParseDefineText2(flaRead& reader) { (void)reader; }
+void flaMovie::ParseDefineText2(flaRead& reader) {
+    const int id = reader.GetWord();
+    auto text = std::make_unique<flaTextGeometry>(id, reader, true);
+    characters.push_back(text.get());
+    text.release();
+}
 
-void flaMovie::ParseDefineFont3(flaRead& reader) { (void)reader; }
+// Filed with the DefineFont2s, whose layout it has; buildBloatedFonts knows it by its
+// class and decodes its finer outlines into DefineFont2's units.
+void flaMovie::ParseDefineFont3(flaRead& reader) {
+    ReadImportFont<ImportDefineFont3>(*this, reader, flaFormat::DefineFont2);
+}

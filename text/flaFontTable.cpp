@@ -69,7 +69,7 @@ char16_t NameUnit(unsigned char b) { return static_cast<char16_t>(static_cast<si
 
 }  // namespace
 
-// Builds one bloated font from a DefineFont or DefineFont2 body. The font joins
+// Builds one bloated font from a DefineFont, DefineFont2 or DefineFont3 body. The font joins
 // the bloated fonts before its body is read; damage met while reading leaves it
 // with no glyphs and no codes.
 void flaFontTable::BuildFont(ImportFont& import, bool defineFont2) {
@@ -83,6 +83,8 @@ void flaFontTable::BuildFont(ImportFont& import, bool defineFont2) {
     std::vector<std::unique_ptr<flaGlyphGeometry>> glyphs;
     std::vector<unsigned short> codes;
     font.reader = body.get();
+    if (dynamic_cast<const ImportDefineFont3*>(&import))
+        body->SetScaling(body->GetScaling() / static_cast<float>(flaFormat::Font3UnitsPerFont2Unit));
     try {
         flaRead& in = *body;
         unsigned int count = 0;

@@ -41,7 +41,10 @@ std::size_t PointCount(const flaGeometry& g) {
 
 flaTextGeometry::flaTextGeometry(int id_) : flaCharacter(id_) { drawing.SetId(id_); }
 
-flaTextGeometry::flaTextGeometry(int id_, flaRead& in) : flaCharacter(id_) {
+flaTextGeometry::flaTextGeometry(int id_, flaRead& in) : flaTextGeometry(id_, in, false) {}
+
+flaTextGeometry::flaTextGeometry(int id_, flaRead& in, bool alphaColours_)
+    : flaCharacter(id_), alphaColours(alphaColours_) {
     drawing.SetId(id_);
     reader = in.CopyRestOfTag();
 }
@@ -163,6 +166,11 @@ void flaTextGeometry::BuildBloated(const flaMovie& movie) {
         flaRead& in = *reader;
         in.Seek(0);
         in.InitBits();
+        // A faithful reading keeps from record to record what players keep: the
+        // colour, the y offset and the pen, which stands where the glyphs of the
+        // record before ended. The pen is counted in the file's units (twips), in
+        // double, so that a long text neither overflows nor drifts.
+        const bool faithful = in.IsFaithful();
         const float f = in.GetScaling();
         SRECT bounds;
         in.GetRect(&bounds);
@@ -173,6 +181,9 @@ void flaTextGeometry::BuildBloated(const flaMovie& movie) {
 
         int fontId_ = -1;
         unsigned int height = 0;
+        FLIO::flaRGBA colour(0, 0, 0, 255);
+        double penX = 0.0;
+        int y = 0;
         std::size_t pointBudget = kMaxBloatedTextPoints;
         for (;;) {
             const unsigned char flags = in.GetByte();
@@ -182,10 +193,12 @@ void flaTextGeometry::BuildBloated(const flaMovie& movie) {
             const bool hasY = (flags & TextRecord::HasYOffset) != 0;
             const bool hasX = (flags & TextRecord::HasXOffset) != 0;
             if (hasFont) fontId_ = in.GetWord();
-            FLIO::flaRGBA colour(0, 0, 0, 255);
-            if (hasColour) colour = in.GetColor(false);
-            const int x = hasX ? in.GetSWord() : 0;
-            const int y = hasY ? in.GetSWord() : 0;
+            if (hasColour) colour = in.GetColor(alphaColours);
+            else if (!faithful) colour = FLIO::flaRGBA(0, 0, 0, 255);
+            if (hasX) penX = in.GetSWord();
+            else if (!faithful) penX = 0.0;
+            if (hasY) y = in.GetSWord();
+            else if (!faithful) y = 0;
             if (hasFont) height = in.GetWord();
             const unsigned int count = in.GetByte();
             struct Entry {
@@ -201,22 +214,29 @@ void flaTextGeometry::BuildBloated(const flaMovie& movie) {
             }
 
             const float scale = static_cast<float>(height) / static_cast<float>(flaFont::uiSwfEmSize);
-            flaMatrix record(scale, 0.0f, 0.0f, scale, static_cast<float>(x) * f, static_cast<float>(y) * f);
+            flaMatrix record(scale, 0.0f, 0.0f, scale, static_cast<float>(penX) * f, static_cast<float>(y) * f);
+            // A record whose font is missing is skipped whole, as players skip it;
+            // so, in a faithful reading, is a glyph its font does not have: neither
+            // draws nor moves the pen.
             const flaFont* font = movie.getBloatedFont(fontId_);
             if (!font) continue;
             for (const Entry& e : entries) {
-                if (e.index < font->getGlyphCnt()) {
-                    if (const flaGlyphGeometry* glyph = font->getGlyphByIndex(e.index)) {
-                        // Glyph entries can cost no bits at all, so a tiny body could
-                        // otherwise copy a large outline without end.
-                        pointBudget -= std::min(PointCount(*glyph), pointBudget);
-                        if (pointBudget == 0) throw flaRead::readError("DefineText draws more outline points than allowed");
-                        flaMatrix combined;
-                        combined.Multiply(record, textMatrix);
-                        drawing.copyStrokeData(*glyph, &combined, &colour);
-                    }
+                const flaGlyphGeometry* glyph = e.index < font->getGlyphCnt() ? font->getGlyphByIndex(e.index) : nullptr;
+                if (glyph) {
+                    // Glyph entries can cost no bits at all, so a tiny body could
+                    // otherwise copy a large outline without end.
+                    pointBudget -= std::min(PointCount(*glyph), pointBudget);
+                    if (pointBudget == 0) throw flaRead::readError("DefineText draws more outline points than allowed");
+                    flaMatrix combined;
+                    combined.Multiply(record, textMatrix);
+                    drawing.copyStrokeData(*glyph, &combined, &colour);
                 }
-                record.SetTX(record.GetTX() + static_cast<float>(e.advance) * f);
+                if (!faithful) {
+                    record.SetTX(record.GetTX() + static_cast<float>(e.advance) * f);
+                } else if (glyph) {
+                    penX += e.advance;
+                    record.SetTX(static_cast<float>(penX) * f);
+                }
             }
         }
     } catch (...) {

@@ -1,7 +1,7 @@
 // Fonts. Output fonts (one per face a text uses, keyed by fontInfo) are written as
 // DefineFont2; bloated fonts hold complete glyph outlines, handed over by the host
 // or rebuilt from the DefineFont, DefineFont2, DefineFontInfo and DefineFontInfo2
-// tags of an imported file. flaFontTable is the movie's font state.
+// tags of an imported file (and, in a faithful import, DefineFont3). flaFontTable is the movie's font state.
 #pragma once
 
 #include <cstddef>
@@ -89,6 +89,11 @@ protected:
 
 class ImportDefineFont : public ImportFont {};
 class ImportDefineFont2 : public ImportFont {};
+// A DefineFont3 body (a faithful import's): laid out as DefineFont2's and filed
+// under DefineFont2's code, but its outlines are in twentieths of DefineFont2's
+// units; buildBloatedFonts decodes them at a twentieth of the body's scaling, so
+// that the rebuilt glyphs are in the units every text expects (1024 per em).
+class ImportDefineFont3 : public ImportDefineFont2 {};
 class ImportDefineFontInfo : public ImportFont {
 public:
     // Called after the flags byte: DefineFontInfo2 skips its language code.

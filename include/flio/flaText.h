@@ -2,8 +2,8 @@
 // shape in font units (1024 per em) written without a tag inside DefineFont2 and
 // decoded from the fonts of an imported file. flaTextGeometry is one line of text
 // in one face, size and colour, written as a DefineText tag with a single text
-// record; a DefineText read from a file can be turned into glyph outlines
-// ("bloated") through the movie's bloated fonts.
+// record; a DefineText (or, in a faithful import, DefineText2) read from a file can
+// be turned into glyph outlines ("bloated") through the movie's bloated fonts.
 #pragma once
 
 #include <memory>
@@ -56,6 +56,9 @@ public:
     // A DefineText read from a file: the reader stands after the character id; the
     // rest of the tag is kept for BuildBloated and the reader moves to its end.
     flaTextGeometry(int id, flaRead& reader);
+    // The same for a DefineText2 when alphaColours is true: its record colours
+    // carry alpha (RGBA), which the outlines keep.
+    flaTextGeometry(int id, flaRead& reader, bool alphaColours);
     flaTextGeometry(const flaTextGeometry&) = delete;
     flaTextGeometry& operator=(const flaTextGeometry&) = delete;
     ~flaTextGeometry() override;
@@ -88,7 +91,14 @@ public:
     const flaMatrix& GetTransformation() const { return transformation; }
 
     // Glyph outlines of a text read from a file, copied out of the movie's
-    // bloated fonts. Throws flaRead::readError on a malformed body, or when the
+    // bloated fonts. Each record takes the font and height of the record before
+    // when it gives none. When the text's reader is faithful (flaRead::IsFaithful)
+    // it also keeps, as players draw it, the colour and y offset of the record
+    // before, and starts where the glyphs of the record before ended unless it
+    // gives an x offset; the classic reading starts each record that does not give
+    // them in opaque black at x and y 0. A record whose font is missing draws
+    // nothing and, like a glyph its font lacks in a faithful reading, does not
+    // move the pen. Throws flaRead::readError on a malformed body, or when the
     // text would copy more than about four million outline points, leaving the
     // drawing empty.
     void BuildBloated(const flaMovie& movie);
@@ -96,6 +106,8 @@ public:
     flaGeometry& getDrawing() { return drawing; }
     const flaGeometry& getDrawing() const { return drawing; }
     bool HasStoredData() const { return reader != nullptr; }
+    // True for a DefineText2 read from a file (colours with alpha).
+    bool HasAlphaColours() const { return alphaColours; }
 
 private:
     // DefineText. The font is looked up in the stream's font table, or in the
@@ -116,4 +128,5 @@ private:
     flaGlyphGeometry drawing;
     bool hasTransformation = false;
     flaMatrix transformation;
+    bool alphaColours = false;
 };

@@ -20,7 +20,7 @@
 #include "flio/flaFont.h"
 #include "flio/flaRewrite.h"
 #include "flio/flaText.h"
-#include "import_test_util.h"
+#include "swf_writer.h"
 #include "io/flaFormat.h"
 #include "swfcheck_util.h"
 
@@ -122,7 +122,7 @@ std::vector<Record> MultiLineRecords() {
 // DefineText2 (half-transparent green, on the DefineFont3 font, moved by its text
 // matrix), both placed.
 Bytes HandBuiltMovie() {
-    SwfWriter w(kStageTwips, 8000);
+    SwfWriter w(1, 24 << 8, kStageTwips, 8000);
     w.Tag(flaFormat::SetBackgroundColor, Hex("FF FF FF"));
     for (const Bytes& tag : {SquareFontTag(kFont2, false), SquareFontTag(kFont3, true)})
         for (unsigned char b : tag) w.Byte(b);

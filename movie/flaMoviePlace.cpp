@@ -237,16 +237,27 @@ void flaMovie::ParsePlaceObject3(flaRead& reader) {
 void flaMovie::ParsePlaceObject3Faithful(flaRead& reader) {
     const unsigned char flags1 = reader.GetByte();
     const unsigned char flags2 = reader.GetByte();
+    const int depth = reader.GetWord();
+    // Writers disagree on whether "has image" with "has character" brings a class
+    // name: when the fields do not fit with one, they are read again without.
+    const unsigned long start = reader.GetPosition();
+    const bool certain = (flags2 & Place3::HasClassName) != 0;
+    const bool maybe = (flags2 & Place3::HasImage) && (flags1 & Place::HasCharacter);
     PlaceFields fields;
-    fields.depth = reader.GetWord();
-    try {
-        if ((flags2 & Place3::HasClassName) || ((flags2 & Place3::HasImage) && (flags1 & Place::HasCharacter))) {
-            fields.details.className = reader.GetString();
-            fields.details.hasClassName = true;
+    for (const bool className : {certain || maybe, false}) {
+        try {
+            reader.Seek(start);
+            fields = PlaceFields();
+            fields.depth = depth;
+            if (className) {
+                fields.details.className = reader.GetString();
+                fields.details.hasClassName = true;
+            }
+            ReadPlaceFields(reader, flags1, fields);
+            break;
+        } catch (const flaRead::readError&) {
+            if (certain || !maybe || !className) return;  // no other way to read it
         }
-        ReadPlaceFields(reader, flags1, fields);
-    } catch (const flaRead::readError&) {
-        return;
     }
     try {
         if (flags2 & Place3::HasFilterList) {

@@ -43,6 +43,12 @@ void flaSprite::ParseTags(flaRead& reader) {
     // Only the timeline tags count inside a sprite; definitions (a sprite inside a
     // sprite included) and the rest are passed over.
     reader.WalkTags([this, &reader](unsigned short code) { DispatchTimelineTag(reader, code); });
+    // A sprite that declares no frame and shows none still shows what it places:
+    // a faithful import gives it that one frame.
+    if (faithfulImport && frames.empty() && !importDisplayList.empty()) {
+        CreateImportFrames(1);
+        ParseShowFrame();
+    }
 }
 
 void flaSprite::DumpCharacterInFile(flaDump& dump) const { DumpSpriteInFile(dump); }

@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -21,6 +23,21 @@ inline std::vector<std::string> CorpusFiles() {
         if (e.is_regular_file() && e.path().extension() == ".swf") files.push_back(e.path().string());
     std::sort(files.begin(), files.end());
     return files;
+}
+
+// A reader over a corpus file, standing at its first tag; null for the files that
+// are not read here (LZMA-compressed, or malformed before their first tag).
+inline std::unique_ptr<flaRead> OpenCorpusFile(const std::string& file) {
+    std::ifstream stream(file, std::ios::binary);
+    if (stream.peek() != 'F' && stream.peek() != 'C') return nullptr;
+    try {
+        auto in = std::make_unique<flaRead>(stream);
+        in->GetFileHeader();
+        in->GetMovieHeader();
+        return in;
+    } catch (const std::exception&) {
+        return nullptr;
+    }
 }
 
 // Walks a tag list (a file's, or a sprite's) and hands every DefineShape to

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
+#include <cctype>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -21,7 +22,8 @@ inline const std::string& RunDir() {
         std::string path;
         Dir() {
             std::string pattern = testing::TempDir() + "flio-test-XXXXXX";
-            if (!mkdtemp(pattern.data())) throw std::runtime_error("cannot make a directory below " + testing::TempDir());
+            if (!mkdtemp(pattern.data()))
+                throw std::runtime_error("cannot make a directory below " + testing::TempDir());
             path = pattern + "/";
         }
         ~Dir() {
@@ -34,22 +36,14 @@ inline const std::string& RunDir() {
 
 using Bytes = std::vector<unsigned char>;
 
-// "E0 AB" -> {0xE0, 0xAB}; spaces are ignored.
+// "E0 AB" -> {0xE0, 0xAB}; anything but hex digits is ignored.
 inline Bytes Hex(const std::string& text) {
+    std::string digits;
+    for (char c : text)
+        if (std::isxdigit(static_cast<unsigned char>(c))) digits += c;
     Bytes out;
-    int nibble = -1;
-    for (char c : text) {
-        int v;
-        if (c >= '0' && c <= '9') v = c - '0';
-        else if (c >= 'a' && c <= 'f') v = c - 'a' + 10;
-        else if (c >= 'A' && c <= 'F') v = c - 'A' + 10;
-        else continue;
-        if (nibble < 0) nibble = v;
-        else {
-            out.push_back(static_cast<unsigned char>(nibble * 16 + v));
-            nibble = -1;
-        }
-    }
+    for (std::size_t i = 0; i + 1 < digits.size(); i += 2)
+        out.push_back(static_cast<unsigned char>(std::stoi(digits.substr(i, 2), nullptr, 16)));
     return out;
 }
 
@@ -76,10 +70,8 @@ public:
     void AddBits(unsigned int costCode, int bitCount) override {
         if (costCode >= bits.size()) bits.resize(costCode + 1, 0);
         bits[costCode] += bitCount;
-        ++calls;
     }
     std::vector<long long> bits;
-    int calls = 0;
     long long Total() const {
         long long t = 0;
         for (long long b : bits) t += b;

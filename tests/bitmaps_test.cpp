@@ -9,7 +9,7 @@
 #include "flio/flaDump.h"
 #include "flio/flaMovie.h"
 #include "flio/flaRead.h"
-#include "media_test_util.h"
+#include "tag_test_util.h"
 
 using namespace flio_test;
 

@@ -9,7 +9,7 @@
 #include "flio/flaDump.h"
 #include "flio/flaRead.h"
 #include "flio/flaSound.h"
-#include "media_test_util.h"
+#include "tag_test_util.h"
 
 using namespace flio_test;
 

@@ -1,5 +1,6 @@
-// Helpers for the bitmap and sound tests: tags built by hand, readers positioned
-// at the start of a tag body, and the bytes a writer produces.
+// Helpers for the tests of records and tags: tags built by hand, readers standing
+// at the start of a tag body, the bytes a writer produces, and drawings built
+// stroke by stroke.
 #pragma once
 
 #include <algorithm>
@@ -7,7 +8,9 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "flio/flaGeometry.h"
 #include "flio/flaRead.h"
 #include "test_util.h"
 
@@ -29,9 +32,9 @@ inline std::unique_ptr<flaRead> OpenTag(const Bytes& tag) {
     return reader;
 }
 
-// What `write` puts in a fresh stream, as hex.
-inline std::string Written(const std::function<void(flaDump&)>& write) {
-    flaDump dump(550, nullptr);
+// What `write` puts in a fresh stream for a stage of the given width, as hex.
+inline std::string Written(const std::function<void(flaDump&)>& write, int frameSizeX = 550) {
+    flaDump dump(frameSizeX, nullptr);
     write(dump);
     return ToHex(Flushed(dump));
 }
@@ -42,6 +45,15 @@ T* NewCopy(const Bytes& b) {
     T* p = new T[b.empty() ? 1 : b.size()];
     std::copy(b.begin(), b.end(), p);
     return p;
+}
+
+// Adds to the layer a stroke through the points (anchor, control, anchor... when
+// curved) with the given fills on either side and line.
+inline void AddStroke(flaSubGeometry* sub, const std::vector<flaPoint>& points, bool curved, const flaColor* left,
+                      const flaColor* right, const flaColor* line) {
+    auto* stroke = new flaStroke;
+    for (const flaPoint& p : points) stroke->AddPoint(p);
+    sub->AddStroke(stroke, new flaStyle(curved ? flaStyle::Curved : flaStyle::Straight, left, right, line));
 }
 
 }  // namespace flio_test

@@ -1,7 +1,7 @@
 // Checking written movies with the independent SWF parser (swfcheck --full): both
 // its decoded tags and the in-memory movie are turned into the same plain
-// descriptions (shape bounds and edges with their styles, each frame's display list
-// with blend modes and filters, bitmaps, sounds, fonts and texts), so that a test
+// descriptions (shape edges with their styles, each frame's display list with blend
+// modes and filters, bitmaps, sounds, fonts and texts), so that a test
 // compares them with EXPECT_EQ and sees every difference. The model side states the
 // SWF encodings (twips, 16.16 and 8.8 fixed point) independently of the writer.
 #pragma once
@@ -70,12 +70,11 @@ inline std::string FloatText(double v) {
     return buffer;
 }
 
-// Shapes "id xMin,xMax,yMin,yMax" and their edges "id L|Q points | left | right |
-// line", bitmaps "id kind", sounds, fonts "id 'face' bold italic glyphs codes",
-// texts "id font=f height=h 'text'", and each frame's "depth:id m=matrix blend
-// filters" entries.
+// Shape edges "id L|Q points | left | right | line", bitmaps "id kind", sounds,
+// fonts "id 'face' bold italic glyphs codes", texts "id font=f height=h 'text'",
+// and each frame's "depth:id m=matrix blend filters" entries.
 struct Described {
-    std::vector<std::string> shapes, edges, bitmaps, sounds, fonts, texts, frames;
+    std::vector<std::string> edges, bitmaps, sounds, fonts, texts, frames;
 };
 inline std::string FontText(long id, const std::string& face, bool bold, bool italic, std::size_t glyphs,
                             const std::string& codes) {
@@ -141,34 +140,30 @@ inline void ModelEdges(const flaGeometry& shape, int w, const std::string& id, s
 
 // Key fields of a FILTER record: type, blur (16.16) and strength (8.8); the
 // convolution's size and divisor; the colour matrix.
-template <class F>
-std::string Blur(const F& f) {
-    return " blur=" + Fixed(f.blurX, 65536) + "," + Fixed(f.blurY, 65536);
-}
-template <class F>
-std::string Strength(const FLIO::flaFilter& f) {
-    const auto& g = static_cast<const F&>(f);
-    return Blur(g) + " strength=" + Fixed(g.strength, 256);
-}
 inline std::string ModelFilter(const FLIO::flaFilter& f) {
     using namespace FLIO;
-    const std::string type = std::to_string(f.GetFilterType());
+    std::string s = std::to_string(f.GetFilterType());
+    auto blur = [&s](const auto& g) { s += " blur=" + Fixed(g.blurX, 65536) + "," + Fixed(g.blurY, 65536); };
+    auto strength = [&](const auto& g) { blur(g), s += " strength=" + Fixed(g.strength, 256); };
     switch (f.GetFilterType()) {
-        case flaFilter::Blur: return type + Blur(static_cast<const flaFilterBlur&>(f));
-        case flaFilter::DropShadow: return type + Strength<flaFilterDropShadow>(f);
-        case flaFilter::Glow: return type + Strength<flaFilterGlow>(f);
-        case flaFilter::Bevel: return type + Strength<flaFilterBevel>(f);
+        case flaFilter::Blur: blur(static_cast<const flaFilterBlur&>(f)); break;
+        case flaFilter::DropShadow: strength(static_cast<const flaFilterDropShadow&>(f)); break;
+        case flaFilter::Glow: strength(static_cast<const flaFilterGlow&>(f)); break;
+        case flaFilter::Bevel: strength(static_cast<const flaFilterBevel&>(f)); break;
         case flaFilter::Convolution: {
             const auto& c = static_cast<const flaFilterConvolution&>(f);
-            return type + " size=" + Nums(c.matrixX, c.matrixY) + " divisor=" + FloatText(c.divisor);
+            s += " size=" + Nums(c.matrixX, c.matrixY) + " divisor=" + FloatText(c.divisor);
+            break;
         }
         case flaFilter::ColorMatrix: {
             std::vector<std::string> values;
             for (float v : static_cast<const flaFilterColorMatrix&>(f).matrix) values.push_back(FloatText(v));
-            return type + " matrix=" + Join(values);
+            s += " matrix=" + Join(values);
+            break;
         }
-        default: return type + Strength<flaFilterGradientBase>(f);  // gradient glow and bevel
+        default: strength(static_cast<const flaFilterGradientBase&>(f));  // gradient glow and bevel
     }
+    return s;
 }
 
 // The shapes described are those the movie places: the writer writes only those.
@@ -190,14 +185,7 @@ inline Described DescribeModel(const flaMovie& movie) {
         }
         d.frames.push_back(Join(entries, " | "));
     }
-    for (const auto& [id, g] : shapes) {  // bounds widened by half the widest line
-        const double k = w * 20.0, h = g->GetMaxLineWidth() * 0.5 * k;
-        const flaBoundingBox b = g->GetBBox();
-        auto round = [](double bound, double v) { return static_cast<long>(bound >= 0 ? v + 0.5 : v - 0.5); };
-        d.shapes.push_back(Nums(id) + " " + Nums(round(b.xMin, b.xMin * k - h), round(b.xMax, b.xMax * k + h),
-                                                 round(b.yMin, b.yMin * k - h), round(b.yMax, b.yMax * k + h)));
-        ModelEdges(*g, w, Nums(id), d.edges);
-    }
+    for (const auto& [id, g] : shapes) ModelEdges(*g, w, Nums(id), d.edges);
     for (const flaBitsLossless* b : movie.GetBitsLosslessList()) d.bitmaps.push_back(Nums(b->id) + " lossless1");
     for (const flaBitsLossless2* b : movie.GetBitsLossless2List()) d.bitmaps.push_back(Nums(b->id) + " lossless2");
     for (const flaBitsJpegBase* j : movie.GetJPEGContainer()) d.bitmaps.push_back(Nums(j->id) + " jpeg");
@@ -287,9 +275,8 @@ inline void DecodedFrames(const Json& movie, std::vector<std::string>& frames) {
 inline Described DescribeDecoded(const Json& movie) {
     Described d;
     for (const Json* t : TagsOf(movie, swfjson::DefineShape)) {
-        const Json &b = (*t)["bounds"], &shape = (*t)["shape"];
+        const Json& shape = (*t)["shape"];
         const std::string id = Nums((*t)["id"].Int());
-        d.shapes.push_back(id + " " + Nums(b["xMin"].Int(), b["xMax"].Int(), b["yMin"].Int(), b["yMax"].Int()));
         std::vector<std::string> fills, lines;
         auto load = [&](const Json& styles) {
             fills.assign(1, "-");

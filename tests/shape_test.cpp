@@ -137,31 +137,6 @@ TEST(flaGradientSteps, KeepsEightStops) {
     EXPECT_EQ(fills[1]->GetColor(), flaRGBA(0, 0, 255, 255));  // the record after the fifteen stops
 }
 
-TEST(flaColor, CompatibilityAndOrderIgnoreMatricesAndWidths) {
-    flaMatrix moved;
-    moved.SetTX(1.0f);
-    EXPECT_TRUE(
-        flaColor(1, 0, 0, flaColor::Line, kRed, 1.0f).IsCompatible(flaColor(2, 3, 0, flaColor::Line, kRed, 5.0f)));
-    EXPECT_FALSE(flaColor(1, 0, 1, flaColor::Solid, kRed).IsCompatible(flaColor(1, 0, 2, flaColor::Solid, kRed)));
-    EXPECT_TRUE(flaColor(1, 0, 0, flaColor::Bitmap, true, 4, flaMatrix())
-                    .IsCompatible(flaColor(1, 0, 0, flaColor::Bitmap, false, 4, moved)));
-
-    // Host id first (equal non-zero ids are equivalent whatever the content), then the
-    // type, then RGBA, stop count, bitmap id; a fill and a line of one RGBA are equivalent.
-    const flaColor::LessIgnoreMatrix less;
-    const flaColor redFill(1, 0, 0, flaColor::Solid, kRed), blueFill(1, 0, 0, flaColor::Solid, kBlue);
-    const flaColor host5(1, 0, 5, flaColor::Solid, kRed), host5blue(1, 0, 5, flaColor::Solid, kBlue);
-    EXPECT_FALSE(less(redFill, flaColor(1, 0, 0, flaColor::Line, kRed, 2.0f)));
-    EXPECT_FALSE(less(host5blue, host5));
-    const flaColor lin(1, 0, 0, flaColor::LinearGradient, Stops(), flaMatrix());
-    const flaColor linLonger(1, 0, 0, flaColor::LinearGradient, Stops(true), flaMatrix());
-    const flaColor bmp3(1, 0, 0, flaColor::Bitmap, true, 3, moved);
-    const flaColor bmp4(1, 0, 0, flaColor::Bitmap, false, 4, flaMatrix());
-    std::vector<const flaColor*> all = {&host5, &bmp4, &linLonger, &redFill, &bmp3, &blueFill, &lin};
-    std::sort(all.begin(), all.end(), less);
-    EXPECT_EQ(all, (std::vector<const flaColor*>{&blueFill, &redFill, &lin, &linLonger, &bmp3, &bmp4, &host5}));
-}
-
 TEST(flaSubGeometry, CreateColourDeduplicates) {
     flaGeometry g(9);
     flaSubGeometry* first = g.AddChildGeometry();

@@ -150,22 +150,15 @@ TEST(flaSubGeometry, CreateColourDeduplicates) {
     EXPECT_NE(first->CreateLineColour(1.0001f, kRed, 0), thin);  // widths compare exactly
     EXPECT_NE(first->CreateGradientColour(flaColor::LinearGradient, moved, Stops(), 0),
               first->CreateGradientColour(flaColor::LinearGradient, flaMatrix(), Stops(), 0));
-    // Tiling is not part of the match: the first colour comes back with its own tiling.
-    flaColor* tiled = first->CreateBitmapColour(true, 3, flaMatrix(), 0);
-    EXPECT_EQ(first->CreateBitmapColour(false, 3, flaMatrix(), 0), tiled);
-    EXPECT_TRUE(tiled->GetFillBitsTiled());
-    EXPECT_NE(first->CreateBitmapColour(true, 3, moved, 0), tiled);
+    flaColor* bitmap = first->CreateBitmapColour(true, 3, flaMatrix(), 0);
+    EXPECT_EQ(first->CreateBitmapColour(true, 3, flaMatrix(), 0), bitmap);
+    EXPECT_NE(first->CreateBitmapColour(true, 3, moved, 0), bitmap);
     EXPECT_EQ(first->GetFills().GetSize(), 6u);
     EXPECT_EQ(first->GetLines().GetSize(), 2u);
-
-    // Keys hold the character id, the line bit and the style index, which a
-    // later layer continues.
-    EXPECT_EQ(tiled->GetFlashKey(), 9u + (4u << 17));
-    EXPECT_EQ(thin->GetFlashKey(), 9u + 0x10000u);
+    // A later layer continues the style indices, which the keys hold.
     flaSubGeometry* second = g.AddChildGeometry();
-    EXPECT_EQ(second->CreateSolidColour(kRed, 0)->GetFlashKey(), 9u + (6u << 17));
-    EXPECT_EQ(second->CreateLineColour(0.0f, kRed, 0)->GetFlashKey(), 9u + 0x10000u + (2u << 17));
-    EXPECT_EQ(g.AddChildGeometry()->GetFillIndexBase(), 7);
+    EXPECT_EQ(second->CreateLineColour(0.0f, kRed, 0)->GetFlashKey(), flaColor::MakeFlashKey(9, 2, true));
+    EXPECT_EQ(g.AddChildGeometry()->GetFillIndexBase(), 6);
 }
 
 // ---- writing shapes -------------------------------------------------------------------
@@ -335,35 +328,6 @@ TEST(ShapeParse, WrittenShapesReadBack) {
         }
         EXPECT_EQ(ShapeBytes(*back, 2), tag);  // and written again, the same tag
     }
-}
-
-TEST(ShapeParse, StrokesFollowStyleChangesMovesAndEdgeKinds) {
-    // DefineShape2: one solid RGB fill, no lines; index bits 2, 0.
-    const std::string records = "0" "00011" + F(6, 5) + F(10, 6) + F(10, 6) + F(1, 2) +  // move (10, 10), fill0 = 1
-                                "11" + F(3, 4) + "00" + F(10, 5) +                      // straight dx 10
-                                "10" + F(3, 4) + F(5, 5) + F(5, 5) + F(5, 5) + F(-5, 5) +  // curve c (25,15) a (30,10)
-                                "10" + F(3, 4) + F(0, 5) + F(-5, 5) + F(-5, 5) + F(0, 5) +  // curve c (30,5) a (25,5)
-                                "11" + F(3, 4) + "01" + F(-5, 5) +                      // straight dy -5
-                                "0" "00001" + F(6, 5) + F(-20, 6) + F(0, 6) +           // move only to (-20, 0)
-                                "11" + F(3, 4) + "1" + F(1, 5) + F(1, 5) +              // general (1, 1)
-                                "0" "00010" + F(3, 2) +                                  // fill0 = 3: out of range
-                                "11" + F(3, 4) + "00" + F(10, 5) + F(0, 6);             // straight dx 10, end
-    const auto g = Decode(ShapeTag(22, "00 01 00 FF 00 00 00 20", records));
-    const flaSubGeometry& s = *g->GetSubGeometry(0);
-    const std::vector<std::vector<flaPoint>> expected = {
-        {{10, 10}, {20, 10}}, {{20, 10}, {25, 15}, {30, 10}, {30, 10}, {30, 5}, {25, 5}}, {{25, 5}, {25, 0}},
-        {{-20, 0}, {-19, 1}}, {{-19, 1}, {-9, 1}}};
-    ASSERT_EQ(s.GetStrokeCount(), expected.size());
-    for (std::size_t i = 0; i < expected.size(); ++i) {
-        const flaSubGeometry::StrokeRecord& r = s.GetStrokeRecord(i);
-        EXPECT_EQ(r.stroke->GetPoints(), expected[i]) << i;
-        EXPECT_EQ(r.style->IsCurved(), i == 1) << i;
-        EXPECT_EQ(r.style->LeftColor(), i < 4 ? s.GetFills()[0] : nullptr) << i;  // out of range: no colour
-        EXPECT_EQ(r.fill0Index, i < 4 ? 1 : 0) << i;
-    }
-    EXPECT_EQ(s.GetFills()[0]->GetColor(), kRed);  // RGB reads as opaque
-    EXPECT_EQ(g->GetBBox().xMin, -20.0);
-    EXPECT_EQ(g->GetBBox().yMax, 15.0);
 }
 
 TEST(ShapeParse, FillStyleTypes) {

@@ -1,7 +1,7 @@
 // Checking written movies with the independent SWF parser (swfcheck --full): both
 // its decoded tags and the in-memory movie are turned into the same plain
 // descriptions (shape edges with their styles, each frame's display list with blend
-// modes and filters, bitmaps, sounds, fonts and texts), so that a test
+// modes and filters, sounds, fonts and texts), so that a test
 // compares them with EXPECT_EQ and sees every difference. The model side states the
 // SWF encodings (twips, 16.16 and 8.8 fixed point) independently of the writer.
 #pragma once
@@ -70,11 +70,11 @@ inline std::string FloatText(double v) {
     return buffer;
 }
 
-// Shape edges "id L|Q points | left | right | line", bitmaps "id kind", sounds,
-// fonts "id 'face' bold italic glyphs codes", texts "id font=f height=h 'text'",
-// and each frame's "depth:id m=matrix blend filters" entries.
+// Shape edges "id L|Q points | left | right | line", sounds, fonts "id 'face' bold
+// italic glyphs codes", texts "id font=f height=h 'text'", and each frame's
+// "depth:id m=matrix blend filters" entries.
 struct Described {
-    std::vector<std::string> edges, bitmaps, sounds, fonts, texts, frames;
+    std::vector<std::string> edges, sounds, fonts, texts, frames;
 };
 inline std::string FontText(long id, const std::string& face, bool bold, bool italic, std::size_t glyphs,
                             const std::string& codes) {
@@ -186,9 +186,6 @@ inline Described DescribeModel(const flaMovie& movie) {
         d.frames.push_back(Join(entries, " | "));
     }
     for (const auto& [id, g] : shapes) ModelEdges(*g, w, Nums(id), d.edges);
-    for (const flaBitsLossless* b : movie.GetBitsLosslessList()) d.bitmaps.push_back(Nums(b->id) + " lossless1");
-    for (const flaBitsLossless2* b : movie.GetBitsLossless2List()) d.bitmaps.push_back(Nums(b->id) + " lossless2");
-    for (const flaBitsJpegBase* j : movie.GetJPEGContainer()) d.bitmaps.push_back(Nums(j->id) + " jpeg");
     static const long rates[] = {5500, 11000, 22000, 44000};
     for (const flaSound* s : movie.GetSoundList())
         d.sounds.push_back(Nums(s->GetSoundID(), s->GetCompressFormat(), rates[flaSound::RateCode(s->GetSampleRate())],
@@ -210,7 +207,7 @@ inline Described DescribeModel(const flaMovie& movie) {
 // ---- decoded side (tag type numbers are the parser's own) ------------------------------------
 
 namespace swfjson {
-enum TagType { DefineBitmap = 5, DefineFont = 12, DefineShape = 22, DefineSound = 23, DefineText = 25,
+enum TagType { DefineFont = 12, DefineShape = 22, DefineSound = 23, DefineText = 25,
                PlaceObject = 49, RemoveObject = 54, ShowFrame = 58, StartSound = 61 };
 }  // namespace swfjson
 
@@ -309,11 +306,6 @@ inline Described DescribeDecoded(const Json& movie) {
             x += r["delta"]["x"].Int(), y += r["delta"]["y"].Int();
             d.edges.push_back(edge + Nums(x, y) + style(fills, left) + style(fills, right) + style(lines, line));
         }
-    }
-    for (const Json* t : TagsOf(movie, swfjson::DefineBitmap)) {
-        const std::string media = (*t)["mediaType"].text;
-        d.bitmaps.push_back(Nums((*t)["id"].Int()) + " " +
-                            (media == "image/jpeg" ? "jpeg" : media.substr(media.rfind('-') + 1)));
     }
     for (const Json* t : TagsOf(movie, swfjson::DefineSound)) {  // a compressed file's data is {"bytes": n}
         const Json& data = (*t)["data"];

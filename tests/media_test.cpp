@@ -16,7 +16,7 @@
 #include "flio/flaMovie.h"
 #include "flio/flaRead.h"
 #include "flio/flaSound.h"
-#include "tag_test_util.h"
+#include "test_util.h"
 
 using namespace flio_test;
 

@@ -14,7 +14,7 @@
 #include "flio/flaMatrix.h"
 #include "flio/flaRead.h"
 #include "flio/flaRecords.h"
-#include "tag_test_util.h"
+#include "test_util.h"
 
 using namespace flio_test;
 using namespace FLIO;

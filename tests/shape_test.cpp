@@ -15,7 +15,7 @@
 #include "flio/flaGeometry.h"
 #include "flio/flaRead.h"
 #include "flio/flaStyle.h"
-#include "tag_test_util.h"
+#include "test_util.h"
 
 using namespace flio_test;
 using FLIO::flaRGBA;

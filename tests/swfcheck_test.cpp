@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "swfcheck_util.h"
-#include "tag_test_util.h"
+#include "test_util.h"
 #ifdef FLIO_HAVE_DEMO
 #include "demo_movie.h"
 #endif

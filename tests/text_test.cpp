@@ -12,7 +12,7 @@
 #include "flio/flaFrame.h"
 #include "flio/flaMovie.h"
 #include "flio/flaText.h"
-#include "tag_test_util.h"
+#include "test_util.h"
 
 using namespace flio_test;
 

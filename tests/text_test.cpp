@@ -54,18 +54,13 @@ Bytes Written(const T& item) {
     return Flushed(dump);
 }
 
-// A long-form tag of the given code, id and body, read up to its id.
-struct Tag {
-    Tag(unsigned code, int id, const std::string& body)
-        : bytes(LongTag(code, Hex(ToHex({static_cast<unsigned char>(id), static_cast<unsigned char>(id >> 8)}) +
-                                  " " + body))),
-          in(static_cast<int>(bytes.size()), bytes.data()) {
-        in.SetScaling(0.05f);
-        EXPECT_EQ(in.GetTag(), code);
-    }
-    Bytes bytes;
-    flaRead in;
-};
+// A reader over a long-form tag of the given code, id and body, standing at the id.
+std::unique_ptr<flaRead> TagReader(unsigned code, int id, const std::string& body) {
+    auto in = OpenTag(LongTag(code, Hex(ToHex({static_cast<unsigned char>(id), static_cast<unsigned char>(id >> 8)}) +
+                                        " " + body)));
+    in->SetScaling(0.05f);
+    return in;
+}
 
 // Reads a font tag into the matching import object, as the importer does, and files it.
 void File(flaFontTable& table, unsigned code, int id, const std::string& body) {
@@ -74,9 +69,9 @@ void File(flaFontTable& table, unsigned code, int id, const std::string& body) {
     if (code == 48) f = std::make_unique<ImportDefineFont2>();
     if (code == 13) f = std::make_unique<ImportDefineFontInfo>();
     if (code == 62) f = std::make_unique<ImportDefineFontInfo2>();
-    Tag tag(code, id, body);
-    EXPECT_TRUE(f->ReadFromFile(tag.in));
-    EXPECT_EQ(tag.in.DataSize(), 0);
+    const auto in = TagReader(code, id, body);
+    EXPECT_TRUE(f->ReadFromFile(*in));
+    EXPECT_EQ(in->DataSize(), 0);
     table.AddImportFont(f.release(), static_cast<int>(code));
 }
 
@@ -228,34 +223,6 @@ TEST(FontTable, DefineFontAndInfosGiveNamesFlagsAndCodes) {
     }
 }
 
-TEST(FontTable, BuildOrderInfoMatchingAndMessages) {
-    // Filed in reverse order: DefineFonts are built first, then DefineFont2s; the
-    // info still finds its font. Name bytes are taken as signed characters.
-    flaFontTable table;
-    File(table, 13, 2, "01 49 00 30 31");
-    File(table, 48, 1, "04 00 02 E9 41 00 00 02 00");  // no glyphs: wide codes, name, count 0, offset
-    File(table, 10, 2, DefineFontBody());
-    table.buildBloatedFonts();
-    ASSERT_EQ(table.GetBloatedFonts().size(), 2u);
-    EXPECT_EQ(table.GetBloatedFonts()[0]->getId(), 2);
-    EXPECT_EQ(Codes(*table.getBloatedFont(2)), (std::vector<unsigned short>{0x30, 0x31}));
-    EXPECT_EQ(table.getBloatedFont(2)->getInfo().name.utf8(), "I");
-    const UT_String& name = table.getBloatedFont(1)->getInfo().name;
-    ASSERT_EQ(name.length(), 2u);
-    EXPECT_EQ(name[0], 0xFFE9);
-
-    // No font at all: each kind of info reports its own message.
-    flaFontTable none;
-    File(none, 13, 7, "00 00");
-    File(none, 62, 8, "00 00 00");
-    testing::internal::CaptureStderr();
-    none.buildBloatedFonts();
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "Cannot match DefineFontInfo (font id 7) to any previously defined font\n"
-              "Cannot match DefineFontInfo2 (font id 8) to any previously defined font\n");
-    EXPECT_TRUE(none.GetBloatedFonts().empty());
-}
-
 TEST(FontTable, DamagedBodiesKeepTheFontWithoutGlyphs) {
     const Bytes g = Written(*SampleGlyph());
     const std::string cut = ToHex(Bytes(g.begin(), g.end() - 2));
@@ -335,9 +302,9 @@ TEST(Text, BloatedRecordsInheritFontAndHeightAndApplyTheTextMatrix) {
         "8D 04 00 0A 14 1E 28 00 00 04 02 19 40 00"
         "82 3C 00 01 00 00"
         "00";
-    Tag tag(11, 9, body);
-    tag.in.SetScaling(1.0f);
-    movie.ParseDefineText(tag.in);
+    const auto in = TagReader(11, 9, body);
+    in->SetScaling(1.0f);
+    movie.ParseDefineText(*in);
     auto* text = dynamic_cast<flaTextGeometry*>(movie.GetCharacter(9));
     ASSERT_NE(text, nullptr);
     text->BuildBloated(movie);
@@ -352,8 +319,8 @@ TEST(Text, BloatedRecordsInheritFontAndHeightAndApplyTheTextMatrix) {
     // Cut short anywhere, the body throws and leaves the drawing empty.
     const Bytes b = Hex(body);
     for (std::size_t cut = 0; cut + 1 < b.size(); ++cut) {
-        Tag shortTag(11, 10, ToHex(Bytes(b.begin(), b.begin() + static_cast<long>(cut))));
-        flaTextGeometry damaged(shortTag.in.GetWord(), shortTag.in);
+        const auto cutIn = TagReader(11, 10, ToHex(Bytes(b.begin(), b.begin() + static_cast<long>(cut))));
+        flaTextGeometry damaged(cutIn->GetWord(), *cutIn);
         EXPECT_THROW(damaged.BuildBloated(movie), flaRead::readError) << cut;
         EXPECT_EQ(damaged.getDrawing().GetSubGeometryCount(), 0u);
     }
@@ -377,8 +344,8 @@ TEST(Text, BloatingStopsAtTheOutlinePointBudget) {
         {"88 04 00 00 04 C8 80 C8 00", true},   // 400 copies over two records
     };
     for (const auto& c : cases) {
-        Tag tag(11, 9, std::string("08 00 00 00 00 ") + c.first);
-        flaTextGeometry text(tag.in.GetWord(), tag.in);
+        const auto in = TagReader(11, 9, std::string("08 00 00 00 00 ") + c.first);
+        flaTextGeometry text(in->GetWord(), *in);
         if (c.second) EXPECT_THROW(text.BuildBloated(movie), flaRead::readError) << c.first;
         else EXPECT_NO_THROW(text.BuildBloated(movie)) << c.first;
         EXPECT_EQ(text.getDrawing().GetSubGeometryCount(), c.second ? 0u : 200u);

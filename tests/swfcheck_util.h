@@ -64,11 +64,6 @@ inline int FrameWidth(const flaMovie& movie) {
 
 inline std::string Rgba(const FLIO::flaRGBA& c) { return Nums(c.r, c.g, c.b, c.a); }
 inline std::string Fixed(double v, double one) { return std::to_string(static_cast<long>(v * one)); }
-inline std::string FloatText(double v) {
-    char buffer[32];
-    std::snprintf(buffer, sizeof buffer, "%.9g", v);
-    return buffer;
-}
 
 // Shape edges "id L|Q points | left | right | line", sounds, fonts "id 'face' bold
 // italic glyphs codes", texts "id font=f height=h 'text'", and each frame's
@@ -138,8 +133,8 @@ inline void ModelEdges(const flaGeometry& shape, int w, const std::string& id, s
     }
 }
 
-// Key fields of a FILTER record: type, blur (16.16) and strength (8.8); the
-// convolution's size and divisor; the colour matrix.
+// Key fields of a FILTER record: type, blur (16.16) and strength (8.8); the sum of
+// a colour matrix's FLOAT terms.
 inline std::string ModelFilter(const FLIO::flaFilter& f) {
     using namespace FLIO;
     std::string s = std::to_string(f.GetFilterType());
@@ -150,15 +145,11 @@ inline std::string ModelFilter(const FLIO::flaFilter& f) {
         case flaFilter::DropShadow: strength(static_cast<const flaFilterDropShadow&>(f)); break;
         case flaFilter::Glow: strength(static_cast<const flaFilterGlow&>(f)); break;
         case flaFilter::Bevel: strength(static_cast<const flaFilterBevel&>(f)); break;
-        case flaFilter::Convolution: {
-            const auto& c = static_cast<const flaFilterConvolution&>(f);
-            s += " size=" + Nums(c.matrixX, c.matrixY) + " divisor=" + FloatText(c.divisor);
-            break;
-        }
+        case flaFilter::Convolution: break;
         case flaFilter::ColorMatrix: {
-            std::vector<std::string> values;
-            for (float v : static_cast<const flaFilterColorMatrix&>(f).matrix) values.push_back(FloatText(v));
-            s += " matrix=" + Join(values);
+            double sum = 0;
+            for (float v : static_cast<const flaFilterColorMatrix&>(f).matrix) sum += v;
+            s += " matrix=" + Fixed(sum, 1e6);
             break;
         }
         default: strength(static_cast<const flaFilterGradientBase&>(f));  // gradient glow and bevel
@@ -232,12 +223,9 @@ inline std::string DecodedFilter(const Json& f) {
     std::string s = std::to_string(f["filter"].Int());
     if (f.Has("blurX")) s += " blur=" + eps("blurX") + "," + eps("blurY");
     if (f.Has("strength")) s += " strength=" + eps("strength");
-    if (f.Has("matrixWidth"))
-        return s + " size=" + Nums(f["matrixWidth"].Int(), f["matrixHeight"].Int()) + " divisor=" +
-               FloatText(f["divisor"].number);
-    std::vector<std::string> values;
-    for (const Json& v : f["matrix"].items) values.push_back(FloatText(v.number));
-    return f.Has("matrix") ? s + " matrix=" + Join(values) : s;
+    double sum = 0;
+    for (const Json& v : f["matrix"].items) sum += v.number;
+    return f.Has("matrix") && !f.Has("matrixWidth") ? s + " matrix=" + Fixed(sum, 1e6) : s;
 }
 
 // The display list replayed from the placement tags, described at each ShowFrame.

@@ -16,6 +16,9 @@
 #include "flio/flaFont.h"
 #include "flio/flaMovie.h"
 #include "flio/flaText.h"
+#include "test_util.h"
+
+using namespace flio_test;
 
 namespace {
 
@@ -65,43 +68,37 @@ flaBoundingBox BoundsAfterId(flaRead& in) {
 }  // namespace
 
 TEST(ShapeCorpus, EveryShapeDecodesWithinItsBounds) {
-    const std::vector<std::string> files = flio_test::CorpusFiles();
+    const std::vector<std::string> files = CorpusFiles();
     if (files.empty()) GTEST_SKIP() << "no corpus at " << FLIO_CORPUS_DIR;
     int shapes = 0, compared = 0, loose = 0;
     for (const std::string& file : files) {
-        const auto in = flio_test::OpenCorpusFile(file);
+        const auto in = OpenCorpusFile(file);
         if (!in) continue;
         in->SetScaling(0.05f);  // at one pixel of frame width, a model unit is 20 twips
-        try {
-            flio_test::WalkShapeTags(*in, [&](flaShape::ShapeVersion version, bool alpha, flaRead& r) {
-                const flaBoundingBox bounds = BoundsAfterId(r);
-                flaGeometry g(r.GetWord(), r, alpha, version);
-                ASSERT_NO_THROW(g.BuildBloated()) << file << " shape " << g.GetId();
-                ++shapes;
-                const flaBoundingBox box = DrawnBounds(g);
-                if (box.IsEmpty()) return;
-                // The tag's bounds hold the anchors and the curves plus half of the widest
-                // line (one twip of slack for the writer's rounding). A few hand-made files
-                // carry deliberately wrong bounds, so a handful of misfits is tolerated.
-                ++compared;
-                if (Distance(box, bounds) > g.GetMaxLineWidth() * 0.5 + 0.05 + 1e-4) {
-                    std::printf("bounds disagree with the drawing: %s shape %d\n", file.c_str(), g.GetId());
-                    ++loose;
-                }
-                // Written again as DefineShape3 and read back, the shape draws the same.
-                flaDump out(1, nullptr);
-                g.DumpCharacterInFile(out);
-                flaRead back(static_cast<int>(out.GetBuffer().size()), out.GetBuffer().data());
-                back.SetScaling(0.05f);
-                ASSERT_EQ(back.GetTag(), 32);
-                flaGeometry again(back.GetWord(), back, true, flaShape::DefineShape3);
-                ASSERT_NO_THROW(again.BuildBloated()) << file << " shape " << g.GetId();
-                ASSERT_EQ(again.GetSubGeometryCount(), g.GetSubGeometryCount());
-                EXPECT_LE(Distance(DrawnBounds(again), box), 0.05) << file << " shape " << g.GetId();
-            });
-        } catch (const flaRead::readError& e) {
-            ADD_FAILURE() << file << ": " << e.what();
-        }
+        SCOPED_TRACE(file);
+        WalkShapeTags(*in, [&](flaShape::ShapeVersion version, bool alpha, flaRead& r) {
+            const flaBoundingBox bounds = BoundsAfterId(r);
+            flaGeometry g(r.GetWord(), r, alpha, version);
+            ASSERT_NO_THROW(g.BuildBloated()) << "shape " << g.GetId();
+            ++shapes;
+            const flaBoundingBox box = DrawnBounds(g);
+            if (box.IsEmpty()) return;
+            // The tag's bounds hold the anchors and the curves plus half of the widest
+            // line (one twip of slack for the writer's rounding). A few hand-made files
+            // carry deliberately wrong bounds, so a handful of misfits is tolerated.
+            ++compared;
+            if (Distance(box, bounds) > g.GetMaxLineWidth() * 0.5 + 0.05 + 1e-4) {
+                std::printf("bounds disagree with the drawing: %s shape %d\n", file.c_str(), g.GetId());
+                ++loose;
+            }
+            // Written again as DefineShape3 and read back, the shape draws the same.
+            const auto back = OpenTag(Hex(Written([&](flaDump& d) { g.DumpCharacterInFile(d); }, 1)));
+            back->SetScaling(0.05f);
+            flaGeometry again(back->GetWord(), *back, true, flaShape::DefineShape3);
+            ASSERT_NO_THROW(again.BuildBloated()) << "shape " << g.GetId();
+            ASSERT_EQ(again.GetSubGeometryCount(), g.GetSubGeometryCount());
+            EXPECT_LE(Distance(DrawnBounds(again), box), 0.05) << "shape " << g.GetId();
+        });
     }
     EXPECT_GT(shapes, 0);
     EXPECT_LE(loose * 100, compared) << "too many shapes disagree with their bounds";
@@ -130,11 +127,11 @@ unsigned AnnouncedGlyphs(flaRead& in, int code) {
 }  // namespace
 
 TEST(TextCorpus, FontsRebuildAndTextsBloatInsideTheirBounds) {
-    const std::vector<std::string> files = flio_test::CorpusFiles();
+    const std::vector<std::string> files = CorpusFiles();
     if (files.empty()) GTEST_SKIP() << "no corpus";
     int fonts = 0, drawnTexts = 0;
     for (const std::string& file : files) {
-        const auto in = flio_test::OpenCorpusFile(file);
+        const auto in = OpenCorpusFile(file);
         if (!in) continue;
         in->SetScaling(1.0f);  // model units = twips
         CorpusMovie movie;

@@ -324,65 +324,58 @@ TEST(flaBitsJpeg, WritesAndReadsTheVectors) {
     }
 }
 
-TEST(flaBitsJpeg, InitJpegDataFindsTheStreamAndTheAlpha) {
-    // The caller's structure starts with ownsBuffer = true.
+// Where InitJpegData finds each kind's stream, and when it finds none: DefineBits is
+// joined with the movie's JPEG tables into a new buffer; the others point into their
+// own data, DefineBitsJPEG3 with its alpha data after the stream. The caller's
+// structure starts with ownsBuffer = true.
+TEST(flaBitsJpeg, InitJpegDataFindsTheStream) {
+    const std::string t = "FF D8 DB 00 FF D9";
     const struct {
         int kind;
-        const char* body;
-        bool ok;
-        unsigned int offset, jpegSize, alphaSize;
-        bool ownsAfter;
+        const char* tables;
+        std::string body;
+        const char* stream;  // null: none is found
+        bool owns;
+        unsigned int alphaSize;
     } cases[] = {
-        {2, "FF D9 FF D8", false, 0, 0, 0, false},          // below five bytes
-        {2, "FF D9 FF D8 00", true, 4, 1, 0, true},         // the leading end/start pair skipped
-        {2, "FF D8 FF E0 00", true, 0, 5, 0, false},        // the stream as it is
-        {2, "FF D9 FF D9 00 11", true, 0, 6, 0, false},     // not the pair
-        {3, "", false, 0, 0, 0, false},                     // no data
-        {3, "0A 00 00", false, 0, 0, 0, false},             // not even the offset
-        {3, "0A 00 00 00 01 02 03 04 05 06 07 08 09 0A", false, 0, 0, 0, false},  // no alpha byte
-        {3, "0A 00 00 00 01 02 03 04 05 06 07 08 09 0A 0B", true, 4, 10, 1, false},
-        {3, "00 00 00 00 AA", true, 4, 0, 1, false},
-        {3, "FF FF FF FF 01 02 03 04", false, 0, 0, 0, false},  // an offset that would wrap around
+        {1, nullptr, "FF D8 AA BB FF D9", "FF D8 AA BB FF D9", true, 0},  // no tables: copied
+        {1, "FF D9", "FF D8 AA BB FF D9", "FF D8 AA BB FF D9", true, 0},  // two-byte tables: copied
+        {1, t.c_str(), "FF D8 AA BB FF D9", "FF D8 DB 00 AA BB FF D9", true, 0},
+        {1, "FF D8 D9", "FF D8 AA", "FF AA", true, 0},
+        {1, t.c_str(), "FF D8 AA", "FF D8 DB 00 AA", true, 0},
+        {1, t.c_str(), "FF D8", nullptr, true, 0},
+        {2, nullptr, "FF D9 FF D8", nullptr, true, 0},                         // below five bytes
+        {2, nullptr, "FF D9 FF D8 00", "00", true, 0},                         // the leading end/start pair skipped
+        {2, nullptr, "FF D8 FF E0 00", "FF D8 FF E0 00", false, 0},            // the stream as it is
+        {2, nullptr, "FF D9 FF D9 00 11", "FF D9 FF D9 00 11", false, 0},      // not the pair
+        {3, nullptr, "", nullptr, true, 0},                                    // no data
+        {3, nullptr, "0A 00 00", nullptr, true, 0},                            // not even the offset
+        {3, nullptr, "0A 00 00 00 01 02 03 04 05 06 07 08 09 0A", nullptr, true, 0},  // no alpha byte
+        {3, nullptr, "0A 00 00 00 01 02 03 04 05 06 07 08 09 0A 0B", "01 02 03 04 05 06 07 08 09 0A", false, 1},
+        {3, nullptr, "00 00 00 00 AA", "", false, 1},
+        {3, nullptr, "FF FF FF FF 01 02 03 04", nullptr, true, 0},  // an offset that would wrap around
     };
-    const TablesMovie movie;
     for (const auto& c : cases) {
         SCOPED_TRACE(c.body);
-        const Bytes body = Hex(c.body);
-        char* data = body.empty() ? nullptr : NewCopy<char>(body);
-        auto bits = MakeJpeg(c.kind, movie, data, static_cast<unsigned int>(body.size()));
-        flaBitsJpegBase::JPEGData out;
-        out.ownsBuffer = true;
-        ASSERT_EQ(bits->InitJpegData(out), c.ok);
-        if (!c.ok) continue;
-        EXPECT_EQ(Nums(out.jpeg - reinterpret_cast<unsigned char*>(data), out.jpegSize, out.ownsBuffer, out.alphaSize),
-                  Nums(c.offset, c.jpegSize, c.ownsAfter, c.alphaSize));
-        EXPECT_TRUE(c.kind == 2 || out.alpha == out.jpeg + c.jpegSize);
-    }
-}
-
-TEST(flaBitsJpeg, DefineBitsJoinsTheMovieTables) {
-    // No tables: the movie read none; no stream: InitJpegData fails.
-    const struct { const char *tables, *image, *stream; } cases[] = {
-        {nullptr, "FF D8 AA BB FF D9", "FF D8 AA BB FF D9"},  // copied
-        {"FF D9", "FF D8 AA BB FF D9", "FF D8 AA BB FF D9"},  // two-byte tables: copied
-        {"FF D8 DB 00 FF D9", "FF D8 AA BB FF D9", "FF D8 DB 00 AA BB FF D9"},
-        {"FF D8 D9", "FF D8 AA", "FF AA"},
-        {"FF D8 DB 00 FF D9", "FF D8 AA", "FF D8 DB 00 AA"},
-        {"FF D8 DB 00 FF D9", "FF D8", nullptr},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.image);
         TablesMovie movie;
         if (c.tables) movie.SetTables(c.tables);
-        flaBitsJpeg bits(movie);
-        bits.ReadFromFile(*OpenTag(LongTag(6, Hex(std::string("01 00 ") + c.image))));
-        EXPECT_TRUE(bits.CheckBeginOfStreamTag());
+        const Bytes body = Hex(c.body);
+        char* data = body.empty() || c.kind == 1 ? nullptr : NewCopy<char>(body);
+        auto bits = MakeJpeg(c.kind, movie, data, data ? static_cast<unsigned int>(body.size()) : 0);
+        if (c.kind == 1) {
+            bits->ReadFromFile(*OpenTag(LongTag(6, Hex("01 00 " + c.body))));
+            EXPECT_TRUE(static_cast<flaBitsJpeg&>(*bits).CheckBeginOfStreamTag());
+        }
         flaBitsJpegBase::JPEGData out;
-        ASSERT_EQ(bits.InitJpegData(out), c.stream != nullptr);
+        out.ownsBuffer = true;
+        ASSERT_EQ(bits->InitJpegData(out), c.stream != nullptr);
+        EXPECT_EQ(out.ownsBuffer, c.owns);
         if (!c.stream) continue;
         EXPECT_EQ(ToHex(Bytes(out.jpeg, out.jpeg + out.jpegSize)), ToHex(Hex(c.stream)));
-        EXPECT_TRUE(out.ownsBuffer);  // always a new buffer, joined or copied
-        delete[] out.jpeg;
+        EXPECT_EQ(out.alphaSize, c.alphaSize);
+        if (c.kind == 1) delete[] out.jpeg;
+        const auto* own = reinterpret_cast<unsigned char*>(data);  // the others point into their data
+        EXPECT_TRUE(c.kind == 1 || (out.jpeg >= own && (c.kind == 2 || out.alpha == out.jpeg + out.jpegSize)));
     }
     EXPECT_FALSE(flaBitsJpeg(TablesMovie()).CheckBeginOfStreamTag());
 }

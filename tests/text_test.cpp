@@ -184,12 +184,6 @@ TEST(Font, DefineFont2BytesAndReadBack) {
         for (unsigned int i = 0; i < c.codes.size(); ++i)
             EXPECT_EQ(Strokes(*back->getGlyphByIndex(i)), c.hex ? std::vector<StrokeView>() : Strokes(*glyph));
     }
-    // A name of 300 characters: the length byte is truncated, every character written.
-    const std::string name(300, 'x');
-    const Bytes out = Written(flaFont(1, fontInfo(name.c_str(), false, false)));
-    ASSERT_EQ(out.size(), 8u + 3 + 300 + 4);
-    EXPECT_EQ(out[10], 44);  // 300 & 0xFF
-    EXPECT_EQ(std::string(out.begin() + 11, out.begin() + 311), name);
 }
 
 // Fonts rebuilt from a DefineFont (10) or DefineFont2 (48) body and, when given, a

@@ -15,6 +15,7 @@
 #include "flio/flaGeometry.h"
 #include "flio/flaRead.h"
 #include "flio/flaStyle.h"
+#include "cli_util.h"
 #include "test_util.h"
 
 using namespace flio_test;
@@ -114,8 +115,7 @@ TEST(flaColorList, StyleArrayCountsAndIndexBits) {
     }
 }
 
-// At most eight stops are kept, whether added or read (of a count whose high bits
-// are not part of it).
+// At most eight stops are kept (read ones too: see FillStyleTypes).
 TEST(flaGradientSteps, KeepsEightStops) {
     flaGradientSteps g;
     EXPECT_TRUE(g.Add(kRed, 300));
@@ -124,17 +124,6 @@ TEST(flaGradientSteps, KeepsEightStops) {
     const flaGradientSteps before = g;
     EXPECT_FALSE(g.Add(kRed, 9));
     EXPECT_EQ(g, before);
-
-    std::string stops;  // position i * 10, RGB (i, 0, 0)
-    for (int i = 0; i < 15; ++i)
-        stops += " " + ToHex({static_cast<unsigned char>(i * 10), static_cast<unsigned char>(i), 0, 0});
-    const auto shape = Decode(ShapeTag(2, "00 02 10 04 00 FF" + stops + " 00 00 00 FF 00 20 00"));
-    const flaColorList& fills = shape->GetSubGeometry(0)->GetFills();
-    ASSERT_EQ(fills.GetSize(), 2u);
-    ASSERT_EQ(fills[0]->GetGradientSteps().NbColours(), 8);
-    EXPECT_EQ(fills[0]->GetGradientSteps().Pos(7), 70);
-    EXPECT_EQ(fills[0]->GetGradientSteps().Colour(7), flaRGBA(7, 0, 0, 255));
-    EXPECT_EQ(fills[1]->GetColor(), flaRGBA(0, 0, 255, 255));  // the record after the fifteen stops
 }
 
 TEST(flaSubGeometry, CreateColourDeduplicates) {
@@ -312,18 +301,24 @@ TEST(ShapeParse, WrittenShapesReadBack) {
     }
 }
 
+// Each fill style type read, with the stop count and last position of a gradient. A
+// second fill proves the first was read whole, fifteen stops included (of a count
+// whose high bits are not part of it), of which eight are kept.
 TEST(ShapeParse, FillStyleTypes) {
     const std::string gradient = " 04 00 02 00 FF 00 00 FF FF 00 00 FF FF", bitmap = " 4D 00 04 00";
-    const struct { std::string fill; flaColor::ColorType expected; bool tiled; } cases[] = {
-        {"00 00 FF 00 C8", flaColor::Solid, false},
-        {"10" + gradient, flaColor::LinearGradient, false},
-        {"12" + gradient, flaColor::RadialGradient, false},
-        {"13" + gradient + " 80 01", flaColor::RadialGradient, false},  // focal point, dropped
-        {"40" + bitmap, flaColor::Bitmap, true},
-        {"41" + bitmap, flaColor::Bitmap, true},
-        {"42" + bitmap, flaColor::Bitmap, true},
-        {"43" + bitmap, flaColor::Bitmap, true},
-        {"11" + bitmap, flaColor::Bitmap, false},
+    std::string fifteen = "10 04 00 FF";  // positions i * 10
+    for (int i = 0; i < 15; ++i) fifteen += " " + ToHex({static_cast<unsigned char>(i * 10), 1, 2, 3, 4});
+    const struct { std::string fill; flaColor::ColorType expected; bool tiled; int stops, last; } cases[] = {
+        {"00 00 FF 00 C8", flaColor::Solid, false, 0, 0},
+        {"10" + gradient, flaColor::LinearGradient, false, 2, 255},
+        {fifteen, flaColor::LinearGradient, false, 8, 70},
+        {"12" + gradient, flaColor::RadialGradient, false, 2, 255},
+        {"13" + gradient + " 80 01", flaColor::RadialGradient, false, 2, 255},  // focal point, dropped
+        {"40" + bitmap, flaColor::Bitmap, true, 0, 0},
+        {"41" + bitmap, flaColor::Bitmap, true, 0, 0},
+        {"42" + bitmap, flaColor::Bitmap, true, 0, 0},
+        {"43" + bitmap, flaColor::Bitmap, true, 0, 0},
+        {"11" + bitmap, flaColor::Bitmap, false, 0, 0},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.fill);
@@ -335,6 +330,10 @@ TEST(ShapeParse, FillStyleTypes) {
         EXPECT_EQ(fills[0]->GetFillBitsTiled(), c.tiled);
         if (c.expected == flaColor::Bitmap) {
             EXPECT_EQ(fills[0]->GetBitmapID(), 77);
+        }
+        const flaGradientSteps& steps = fills[0]->GetGradientSteps();
+        if (c.stops) {
+            EXPECT_EQ(Nums(steps.NbColours(), steps.Pos(steps.NbColours() - 1)), Nums(c.stops, c.last));
         }
         EXPECT_EQ(fills[1]->GetColor(), kBlue);
     }

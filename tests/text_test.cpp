@@ -1,4 +1,4 @@
-// Fonts and static text: face ordering and ids, the DefineFont2 and DefineText
+// Fonts and static text: font ids, the DefineFont2 and DefineText
 // writers, the rebuilding of fonts from DefineFont, DefineFont2, DefineFontInfo and
 // DefineFontInfo2 bodies, and the bloating of a DefineText into glyph outlines.
 #include <gtest/gtest.h>
@@ -83,14 +83,6 @@ std::vector<unsigned short> Codes(const flaFont& f) {
 
 // DefineFont body: offsets for two glyphs, an empty glyph, the sample glyph.
 std::string DefineFontBody() { return "04 00 06 00 10 00 " + ToHex(Written(*SampleGlyph())); }
-
-// The face of the text tests: 'A' (advance 512) and 'B' (advance 256).
-flaFont& SampleFont(flaMovie& movie, flaGlyphGeometry* glyph) {
-    flaFont& font = movie.getFont(fontInfo("Sans", false, false));
-    font.addCode('A', glyph, 512);
-    font.addCode('B', glyph, 256);
-    return font;
-}
 
 struct TextCase {
     int frameWidth, id;
@@ -243,7 +235,10 @@ TEST(Text, DefineTextBytesAgainstTheWritingMoviesFonts) {
     for (const TextCase& c : kTextCases) {
         TextMovie movie(c.frameWidth, 100);
         flaGlyphGeometry glyph;
-        const int fontId = SampleFont(movie, &glyph).getId();
+        flaFont& font = movie.getFont(fontInfo("Sans", false, false));
+        font.addCode('A', &glyph, 512);
+        font.addCode('B', &glyph, 256);
+        const int fontId = font.getId();
         flaDump dump(c.frameWidth, nullptr);
         dump.SetFontTable(&movie.GetFontTable());
         MakeText(c, fontId)->DumpInFile(dump);
@@ -267,15 +262,24 @@ TEST(Text, DefineTextBytesAgainstTheWritingMoviesFonts) {
     }
 }
 
-// A DefineText body made by hand: a translating text matrix, two records (the
-// second inheriting font and height, its colour left black), and a glyph index
-// past the font's glyphs.
-TEST(Text, BloatedRecordsInheritFontAndHeightAndApplyTheTextMatrix) {
+// DefineText bodies made by hand. The first has a translating text matrix, two
+// records (the second inheriting font and height, its colour left black), and a
+// glyph index past the font's glyphs; cut short anywhere, it throws and leaves the
+// drawing empty. Glyph entries of zero bits copy a glyph 255 times in two bytes of
+// record: a text that would copy millions of points is refused.
+TEST(Text, HandMadeRecordsBloat) {
     TextMovie movie(1, 100);
-    auto* font = new flaFont(4, fontInfo("F", false, false));
     const auto glyph = SampleGlyph();
-    font->addCode('A', glyph.get(), 0);
-    movie.AddFont(font);
+    flaGlyphGeometry big;
+    std::vector<flaPoint> line;
+    for (int i = 0; i < 20000; ++i) line.emplace_back(static_cast<float>(i), 0.0f);
+    flaSubGeometry* sub = big.AddChildGeometry();
+    AddStroke(sub, line, false, nullptr, sub->CreateSolidColour({0, 0, 0, 255}, 0), nullptr);
+    for (int id : {4, 5}) {
+        auto* font = new flaFont(id, fontInfo("F", id == 5, false));
+        font->addCode('A', id == 4 ? glyph.get() : &big, 0);
+        movie.AddFont(font);
+    }
     // Record 1: font 4, colour 10 20 30, x 40, height 1024, glyphs (0, +50) and
     // (1, 0), which does not exist. Record 2: y 60, one glyph (0, 0). End.
     const std::string body =
@@ -299,7 +303,6 @@ TEST(Text, BloatedRecordsInheritFontAndHeightAndApplyTheTextMatrix) {
     EXPECT_EQ(drawing.GetSubGeometry(0)->GetFillColorByIndex(0)->GetColor(), FLIO::flaRGBA(10, 20, 30, 255));
     EXPECT_EQ(drawing.GetSubGeometry(1)->GetFillColorByIndex(0)->GetColor(), FLIO::flaRGBA(0, 0, 0, 255));
 
-    // Cut short anywhere, the body throws and leaves the drawing empty.
     const Bytes b = Hex(body);
     for (std::size_t cut = 0; cut + 1 < b.size(); ++cut) {
         const auto cutIn = TagReader(11, 10, ToHex(Bytes(b.begin(), b.begin() + static_cast<long>(cut))));
@@ -307,31 +310,18 @@ TEST(Text, BloatedRecordsInheritFontAndHeightAndApplyTheTextMatrix) {
         EXPECT_THROW(damaged.BuildBloated(movie), flaRead::readError) << cut;
         EXPECT_EQ(damaged.getDrawing().GetSubGeometryCount(), 0u);
     }
-}
 
-// Glyph entries of zero bits: two bytes of record copy a glyph 255 times. A text
-// that would copy millions of points is refused.
-TEST(Text, BloatingStopsAtTheOutlinePointBudget) {
-    TextMovie movie(1, 100);
-    auto* font = new flaFont(4, fontInfo("F", false, false));
-    flaGlyphGeometry big;
-    std::vector<flaPoint> line;
-    for (int i = 0; i < 20000; ++i) line.emplace_back(static_cast<float>(i), 0.0f);
-    flaSubGeometry* sub = big.AddChildGeometry();
-    AddStroke(sub, line, false, nullptr, sub->CreateSolidColour({0, 0, 0, 255}, 0), nullptr);
-    font->addCode('A', &big, 0);
-    movie.AddFont(font);
-    const std::pair<const char*, bool> cases[] = {
-        {"88 04 00 00 04 FF 00", true},         // 255 copies of 20001 points
-        {"88 04 00 00 04 64 80 64 00", false},  // 200 copies in all
-        {"88 04 00 00 04 C8 80 C8 00", true},   // 400 copies over two records
+    const std::pair<const char*, bool> budget[] = {
+        {"88 05 00 00 04 FF 00", true},         // 255 copies of 20001 points
+        {"88 05 00 00 04 64 80 64 00", false},  // 200 copies in all
+        {"88 05 00 00 04 C8 80 C8 00", true},   // 400 copies over two records
     };
-    for (const auto& c : cases) {
-        const auto in = TagReader(11, 9, std::string("08 00 00 00 00 ") + c.first);
-        flaTextGeometry text(in->GetWord(), *in);
-        if (c.second) EXPECT_THROW(text.BuildBloated(movie), flaRead::readError) << c.first;
-        else EXPECT_NO_THROW(text.BuildBloated(movie)) << c.first;
-        EXPECT_EQ(text.getDrawing().GetSubGeometryCount(), c.second ? 0u : 200u);
+    for (const auto& [records, refused] : budget) {
+        const auto bigIn = TagReader(11, 11, std::string("08 00 00 00 00 ") + records);
+        flaTextGeometry copies(bigIn->GetWord(), *bigIn);
+        if (refused) EXPECT_THROW(copies.BuildBloated(movie), flaRead::readError) << records;
+        else EXPECT_NO_THROW(copies.BuildBloated(movie)) << records;
+        EXPECT_EQ(copies.getDrawing().GetSubGeometryCount(), refused ? 0u : 200u);
     }
 }
 

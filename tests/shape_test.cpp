@@ -46,26 +46,16 @@ Bytes ShapeBytes(const flaGeometry& g, int frameSizeX = 1) {
     return Hex(Written([&](flaDump& d) { g.DumpCharacterInFile(d); }, frameSizeX));
 }
 
-// A DefineShape tag (code 2, 22, 32 or 83) of character 1: the body is `hex`, then `bits`.
-Bytes ShapeTag(unsigned code, const std::string& hex, const std::string& bits = "") {
-    std::string all = BitsOf(Hex("01 00 " + hex)) + Pad(bits);
-    Bytes body(all.size() / 8, 0);
-    for (std::size_t i = 0; i < all.size(); ++i)
-        body[i / 8] |= static_cast<unsigned char>((all[i] - '0') << (7 - i % 8));
-    return LongTag(code, body);
-}
+// A DefineShape tag (code 2, 22, 32 or 83) of character 1 with the given body.
+Bytes ShapeTag(unsigned code, const std::string& hex) { return LongTag(code, Hex("01 00 " + hex)); }
 
 // The shape of a tag, read at `scale` model units per twip and decoded unless `build` is false.
 std::unique_ptr<flaGeometry> Decode(const Bytes& tag, float scale = 1.0f, bool build = true) {
     flaRead r(static_cast<int>(tag.size()), tag.data());
     r.SetScaling(scale);
     const unsigned code = r.GetTag();
-    const flaShape::ShapeVersion version = code == 2    ? flaShape::DefineShape
-                                           : code == 22 ? flaShape::DefineShape2
-                                           : code == 32 ? flaShape::DefineShape3
-                                                        : flaShape::DefineShape4;
-    const int id = r.GetWord();
-    auto g = std::make_unique<flaGeometry>(id, r, code >= 32, version);
+    const int id = r.GetWord(), version = code == 2 ? 0 : code == 22 ? 1 : code == 32 ? 2 : 3;
+    auto g = std::make_unique<flaGeometry>(id, r, code >= 32, static_cast<flaShape::ShapeVersion>(version));
     if (build) g->BuildBloated();
     return g;
 }

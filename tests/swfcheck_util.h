@@ -1,7 +1,7 @@
 // Checking written movies with the independent SWF parser (swfcheck --full): both
 // its decoded tags and the in-memory movie are turned into the same plain
 // descriptions (shape edges with their styles, each frame's display list with blend
-// modes and filters, sounds, fonts and texts), so that a test
+// modes and filters, texts spelt through their fonts), so that a test
 // compares them with EXPECT_EQ and sees every difference. The model side states the
 // SWF encodings (twips, 16.16 and 8.8 fixed point) independently of the writer.
 #pragma once
@@ -65,16 +65,11 @@ inline int FrameWidth(const flaMovie& movie) {
 inline std::string Rgba(const FLIO::flaRGBA& c) { return Nums(c.r, c.g, c.b, c.a); }
 inline std::string Fixed(double v, double one) { return std::to_string(static_cast<long>(v * one)); }
 
-// Shape edges "id L|Q points | left | right | line", sounds, fonts "id 'face' bold
-// italic glyphs codes", texts "id font=f height=h 'text'", and each frame's
-// "depth:id m=matrix blend filters" entries.
+// Shape edges "id L|Q points | left | right | line", texts "id font=f height=h
+// 'text'", and each frame's "depth:id m=matrix blend filters" entries.
 struct Described {
-    std::vector<std::string> edges, sounds, fonts, texts, frames;
+    std::vector<std::string> edges, texts, frames;
 };
-inline std::string FontText(long id, const std::string& face, bool bold, bool italic, std::size_t glyphs,
-                            const std::string& codes) {
-    return Nums(id) + " '" + face + "' " + Nums(bold, italic, glyphs) + " codes=" + codes;
-}
 
 // ---- model side -----------------------------------------------------------------------------
 
@@ -177,17 +172,6 @@ inline Described DescribeModel(const flaMovie& movie) {
         d.frames.push_back(Join(entries, " | "));
     }
     for (const auto& [id, g] : shapes) ModelEdges(*g, w, Nums(id), d.edges);
-    static const long rates[] = {5500, 11000, 22000, 44000};
-    for (const flaSound* s : movie.GetSoundList())
-        d.sounds.push_back(Nums(s->GetSoundID(), s->GetCompressFormat(), rates[flaSound::RateCode(s->GetSampleRate())],
-                                s->GetSampleSize() == 8 ? 8 : 16, s->GetChannels() == 2, s->GetSampleCount(),
-                                s->GetSize()));
-    for (const auto& [face, font] : movie.GetFontTable().GetTable()) {
-        std::vector<std::string> codes;
-        for (unsigned i = 0; i < font.getCodeCnt(); ++i) codes.push_back(Nums(font.getCodeByIndex(i)));
-        d.fonts.push_back(
-            FontText(font.getId(), face.name.utf8(), face.bold, face.italic, font.getGlyphCnt(), Join(codes)));
-    }
     for (const flaCharacter* c : movie.GetCharacterList())
         if (auto* t = dynamic_cast<const flaTextGeometry*>(c))  // height: 0.5785 x 20 twips per font-size unit
             d.texts.push_back(Nums(t->GetId()) + " font=" + Nums(t->getFontId()) + " height=" +
@@ -198,7 +182,7 @@ inline Described DescribeModel(const flaMovie& movie) {
 // ---- decoded side (tag type numbers are the parser's own) ------------------------------------
 
 namespace swfjson {
-enum TagType { DefineFont = 12, DefineShape = 22, DefineSound = 23, DefineText = 25,
+enum TagType { DefineFont = 12, DefineShape = 22, DefineText = 25,
                PlaceObject = 49, RemoveObject = 54, ShowFrame = 58, StartSound = 61 };
 }  // namespace swfjson
 
@@ -295,20 +279,8 @@ inline Described DescribeDecoded(const Json& movie) {
             d.edges.push_back(edge + Nums(x, y) + style(fills, left) + style(fills, right) + style(lines, line));
         }
     }
-    for (const Json* t : TagsOf(movie, swfjson::DefineSound)) {  // a compressed file's data is {"bytes": n}
-        const Json& data = (*t)["data"];
-        d.sounds.push_back(Nums((*t)["id"].Int(), (*t)["format"].Int(), (*t)["soundRate"].Int(),
-                                (*t)["soundSize"].Int(), (*t)["soundType"].Int(), (*t)["sampleCount"].Int(),
-                                data.Has("bytes") ? data["bytes"].Int() : static_cast<long>(data["data"].Size())));
-    }
     std::map<long, const Json*> fonts;
-    for (const Json* t : TagsOf(movie, swfjson::DefineFont)) {
-        fonts[(*t)["id"].Int()] = t;
-        std::vector<std::string> codes;
-        for (const Json& c : (*t)["codeUnits"].items) codes.push_back(Nums(c.Int()));
-        d.fonts.push_back(FontText((*t)["id"].Int(), (*t)["fontName"].text, (*t)["isBold"].boolean,
-                                   (*t)["isItalic"].boolean, (*t)["glyphs"].Size(), Join(codes)));
-    }
+    for (const Json* t : TagsOf(movie, swfjson::DefineFont)) fonts[(*t)["id"].Int()] = t;
     // A text is spelt back through its font's code table, so that a glyph index that
     // points at the wrong glyph shows as a wrong letter.
     for (const Json* t : TagsOf(movie, swfjson::DefineText))

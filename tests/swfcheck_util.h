@@ -60,8 +60,6 @@ inline int FrameWidth(const flaMovie& movie) {
     return width;
 }
 
-// ---- formatting ---------------------------------------------------------------------------
-
 inline std::string Rgba(const FLIO::flaRGBA& c) { return Nums(c.r, c.g, c.b, c.a); }
 inline std::string Fixed(double v, double one) { return std::to_string(static_cast<long>(v * one)); }
 

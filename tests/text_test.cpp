@@ -20,7 +20,6 @@ namespace {
 
 struct TextMovie : flaMovie {
     using flaMovie::flaMovie;
-    using flaMovie::DumpMovieToBuffer;
     using flaMovie::ParseDefineText;
 };
 
@@ -229,9 +228,8 @@ TEST(FontTable, RebuildsFontsFromTheirTags) {
 }
 
 // A text is written against the font table its stream carries or, without one,
-// against the current movie's; a movie writes its texts against its own fonts, even
-// while a later movie (the current one) has another face under the same id.
-TEST(Text, DefineTextBytesAgainstTheWritingMoviesFonts) {
+// against the current movie's.
+TEST(Text, DefineTextBytesAgainstTheStreamsFontTable) {
     for (const TextCase& c : kTextCases) {
         TextMovie movie(c.frameWidth, 100);
         flaGlyphGeometry glyph;
@@ -244,29 +242,15 @@ TEST(Text, DefineTextBytesAgainstTheWritingMoviesFonts) {
         MakeText(c, fontId)->DumpInFile(dump);
         EXPECT_EQ(ToHex(Flushed(dump)), c.hex);
         EXPECT_EQ(Written([&](flaDump& d) { MakeText(c, fontId)->DumpInFile(d); }, c.frameWidth), c.hex);
-
-        movie.CreateFrames(1);
-        flaTextGeometry* text = MakeText(c, fontId).release();
-        movie.AddNewCharacter(text);
-        movie.GetFrame(0)->PlaceNewCharacterInFrame(flaCharacterInfo(text, 1));
-        TextMovie later(c.frameWidth * 3, 100);
-        later.getFont(fontInfo("Serif", false, false)).addCode('A', &glyph, 1000);
-        ASSERT_EQ(flaMovie::pCurrentMovie, &later);
-        flaDump whole(c.frameWidth, nullptr);
-        ASSERT_TRUE(movie.DumpMovieToBuffer(whole));
-        EXPECT_EQ(whole.GetFontTable(), nullptr);  // the stream is left as it was
-        const std::string file = ToHex(Flushed(whole));
-        ASSERT_NE(file.find(c.hex), std::string::npos) << file;
-        EXPECT_LT(file.find("3F 0C"), file.find(c.hex));            // the movie's DefineFont2 first
-        EXPECT_EQ(file.find("53 65 72 69 66"), std::string::npos);  // no "Serif" anywhere
     }
 }
 
 // DefineText bodies made by hand. The first has a translating text matrix, two
 // records (the second inheriting font and height, its colour left black), and a
 // glyph index past the font's glyphs; cut short anywhere, it throws and leaves the
-// drawing empty. Glyph entries of zero bits copy a glyph 255 times in two bytes of
-// record: a text that would copy millions of points is refused.
+// drawing empty. The outlines' own coordinates must not leak into the drawing's
+// bounds. Glyph entries of zero bits copy a glyph 255 times in two bytes of record:
+// a text that would copy millions of points is refused.
 TEST(Text, HandMadeRecordsBloat) {
     TextMovie movie(1, 100);
     const auto glyph = SampleGlyph();
@@ -302,6 +286,8 @@ TEST(Text, HandMadeRecordsBloat) {
     EXPECT_EQ((*drawing.GetSubGeometry(1)->GetStrokeRecord(0).stroke)[1], flaPoint(10 + 100, 60 - 20));
     EXPECT_EQ(drawing.GetSubGeometry(0)->GetFillColorByIndex(0)->GetColor(), FLIO::flaRGBA(10, 20, 30, 255));
     EXPECT_EQ(drawing.GetSubGeometry(1)->GetFillColorByIndex(0)->GetColor(), FLIO::flaRGBA(0, 0, 0, 255));
+    const flaBoundingBox box = drawing.GetBBox();
+    EXPECT_EQ((std::vector<double>{box.xMin, box.xMax, box.yMin, box.yMax}), (std::vector<double>{100, 150, -30, 40}));
 
     const Bytes b = Hex(body);
     for (std::size_t cut = 0; cut + 1 < b.size(); ++cut) {
@@ -323,17 +309,4 @@ TEST(Text, HandMadeRecordsBloat) {
         else EXPECT_NO_THROW(copies.BuildBloated(movie)) << records;
         EXPECT_EQ(copies.getDrawing().GetSubGeometryCount(), refused ? 0u : 200u);
     }
-}
-
-// Outlines copied through a matrix widen the bounds by the mapped points only: the
-// glyph's own coordinates (em units) must not leak into the text's bounds.
-TEST(Text, CopiedOutlinesBoundOnlyTheirMappedPoints) {
-    flaGlyphGeometry drawing;
-    flaMatrix m(0.5f, 0.0f, 0.0f, 0.5f, 100.0f, 200.0f);
-    const FLIO::flaRGBA red(255, 0, 0, 255);
-    drawing.copyStrokeData(*SampleGlyph(), &m, &red);
-    const flaBoundingBox b = drawing.GetBBox();
-    EXPECT_EQ((std::vector<double>{b.xMin, b.xMax, b.yMin, b.yMax}), (std::vector<double>{100, 105, 195, 200}));
-    ASSERT_EQ(drawing.GetSubGeometry(0)->GetFills().GetSize(), 1u);  // recoloured: one solid fill
-    EXPECT_EQ(drawing.GetSubGeometry(0)->GetFills()[0]->GetColor(), red);
 }

@@ -65,6 +65,24 @@ flaBoundingBox BoundsAfterId(flaRead& in) {
     return b;
 }
 
+struct CorpusMovie : flaMovie {
+    CorpusMovie() : flaMovie(550, 400) {}
+    using flaMovie::ParseDefineFont;
+    using flaMovie::ParseDefineFont2;
+    using flaMovie::ParseDefineFontInfo;
+    using flaMovie::ParseDefineFontInfo2;
+    using flaMovie::ParseDefineText;
+};
+
+// The glyph count a DefineFont (10) or DefineFont2 (48) body announces.
+unsigned AnnouncedGlyphs(flaRead& in, int code) {
+    in.GetWord();  // font id
+    if (code == 10) return in.DataSize() == 0 ? 0 : in.GetWord() / 2u;
+    in.SkipBytes(2);  // flags, language
+    in.SkipBytes(in.GetByte());
+    return in.GetWord();
+}
+
 }  // namespace
 
 TEST(ShapeCorpus, EveryShapeDecodesWithinItsBounds) {
@@ -103,28 +121,6 @@ TEST(ShapeCorpus, EveryShapeDecodesWithinItsBounds) {
     EXPECT_GT(shapes, 0);
     EXPECT_LE(loose * 100, compared) << "too many shapes disagree with their bounds";
 }
-
-namespace {
-
-struct CorpusMovie : flaMovie {
-    CorpusMovie() : flaMovie(550, 400) {}
-    using flaMovie::ParseDefineFont;
-    using flaMovie::ParseDefineFont2;
-    using flaMovie::ParseDefineFontInfo;
-    using flaMovie::ParseDefineFontInfo2;
-    using flaMovie::ParseDefineText;
-};
-
-// The glyph count a DefineFont (10) or DefineFont2 (48) body announces.
-unsigned AnnouncedGlyphs(flaRead& in, int code) {
-    in.GetWord();  // font id
-    if (code == 10) return in.DataSize() == 0 ? 0 : in.GetWord() / 2u;
-    in.SkipBytes(2);  // flags, language
-    in.SkipBytes(in.GetByte());
-    return in.GetWord();
-}
-
-}  // namespace
 
 TEST(TextCorpus, FontsRebuildAndTextsBloatInsideTheirBounds) {
     const std::vector<std::string> files = CorpusFiles();

@@ -23,6 +23,22 @@ using namespace flio_test;
 namespace {
 
 std::string HexOf(const flaBuffer& b) { return ToHex(Bytes(b.GetPtr(), b.GetPtr() + b.GetSize())); }
+Bytes DataOf(const flaBitsLossless& b) { return Bytes(b.data, b.data + b.dataSize); }
+
+// Reaches the movie's JPEGTables reader, which the importer normally calls.
+class TablesMovie : public flaMovie {
+public:
+    TablesMovie() : flaMovie(550, 400) {}
+    void SetTables(const char* tables) { ParseJPEGTables(*OpenTag(LongTag(8, Hex(tables)))); }
+};
+
+// A JPEG bitmap of the given kind (1: DefineBits, 2: DefineBitsJPEG2, 3: DefineBitsJPEG3).
+std::unique_ptr<flaBitsJpegBase> MakeJpeg(int kind, const flaMovie& movie, char* data = nullptr,
+                                          unsigned int size = 0) {
+    if (kind == 1) return std::make_unique<flaBitsJpeg>(movie);
+    if (kind == 2) return std::make_unique<flaBitsJpeg2>(0, data, size);
+    return std::make_unique<flaBitsJpeg3>(0, data, size);
+}
 
 }  // namespace
 
@@ -215,12 +231,6 @@ TEST(flaSoundInfo, StartSoundWritesAndReadsTheVectors) {
               "1,8,7,0");
 }
 
-namespace {
-
-Bytes DataOf(const flaBitsLossless& b) { return Bytes(b.data, b.data + b.dataSize); }
-
-}  // namespace
-
 // One lossless bitmap as written and as read back. One object reads every tag in
 // turn from one stream: each read stays in its tag and replaces what it held.
 TEST(flaBitsLossless, WritesAndReadsTheVectors) {
@@ -266,25 +276,6 @@ TEST(flaBitsLossless, WritesAndReadsTheVectors) {
         EXPECT_EQ(ToHex(DataOf(read)), ToHex(data));
     }
 }
-
-namespace {
-
-// Reaches the movie's JPEGTables reader, which the importer normally calls.
-class TablesMovie : public flaMovie {
-public:
-    TablesMovie() : flaMovie(550, 400) {}
-    void SetTables(const char* tables) { ParseJPEGTables(*OpenTag(LongTag(8, Hex(tables)))); }
-};
-
-// A JPEG bitmap of the given kind (1: DefineBits, 2: DefineBitsJPEG2, 3: DefineBitsJPEG3).
-std::unique_ptr<flaBitsJpegBase> MakeJpeg(int kind, const flaMovie& movie, char* data = nullptr,
-                                          unsigned int size = 0) {
-    if (kind == 1) return std::make_unique<flaBitsJpeg>(movie);
-    if (kind == 2) return std::make_unique<flaBitsJpeg2>(0, data, size);
-    return std::make_unique<flaBitsJpeg3>(0, data, size);
-}
-
-}  // namespace
 
 TEST(flaBitsJpeg, WritesAndReadsTheVectors) {
     const struct { int kind; unsigned int id; const char *body, *tag; } cases[] = {

@@ -4,10 +4,6 @@
 // by their tag.
 #include <gtest/gtest.h>
 
-#include <cstdint>
-#include <cstdlib>
-#include <cstring>
-
 #include "flio/flaColorXForm.h"
 #include "flio/flaDump.h"
 #include "flio/flaFilter.h"
@@ -20,6 +16,9 @@ using namespace flio_test;
 using namespace FLIO;
 
 namespace {
+
+typedef UT_SharedPtr<flaFilter> FilterPtr;
+const flaRGBA kA(0x11, 0x22, 0x33, 0x44), kB(0x55, 0x66, 0x77, 0x88), kC(9, 8, 7, 6);
 
 template <class Record>
 std::string RecordHex(const Record& r, int frameSizeX) {
@@ -104,14 +103,6 @@ TEST(flaBoundingBox, ShapeRectEncoding) {
         EXPECT_EQ((std::vector<int>{s.xmin, s.xmax, s.ymin, s.ymax}), std::vector<int>(c.s, c.s + 4)) << c.name;
     }
 }
-
-namespace {
-
-typedef UT_SharedPtr<flaFilter> FilterPtr;
-
-const flaRGBA kA(0x11, 0x22, 0x33, 0x44), kB(0x55, 0x66, 0x77, 0x88), kC(9, 8, 7, 6);
-
-}  // namespace
 
 // What the reader takes in is checked by writing it again. The reader skips a drop
 // shadow's colour (it reads the record four bytes early), and reads FLOAT values,

@@ -3,7 +3,6 @@
 // geometry model's colour sharing and transformations.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <memory>

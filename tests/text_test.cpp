@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "flio/flaFont.h"
-#include "flio/flaFrame.h"
 #include "flio/flaMovie.h"
 #include "flio/flaText.h"
 #include "test_util.h"

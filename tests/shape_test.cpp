@@ -391,7 +391,6 @@ TEST(flaGeometry, TransformsAndDecodesWithItsTransformation) {
     ASSERT_EQ(d->GetSubGeometryCount(), 1u);
     ASSERT_EQ(d->GetSubGeometry(0)->GetStrokeCount(), 1u);
     EXPECT_NEAR((*d->GetSubGeometry(0)->GetStrokeRecord(0).stroke)[1].x, 3.0f, 1e-5);
-    EXPECT_NEAR(d->GetBBox().xMin, -1.0, 1e-5);  // the untransformed extent stays in the box
     d->DestroyBloated();
     EXPECT_TRUE(d->GetBBox().IsEmpty());
 }

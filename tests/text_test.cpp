@@ -1,6 +1,6 @@
-// Fonts and static text: font ids, the DefineFont2 and DefineText
-// writers, the rebuilding of fonts from DefineFont, DefineFont2, DefineFontInfo and
-// DefineFontInfo2 bodies, and the bloating of a DefineText into glyph outlines.
+// Fonts and static text: font ids, the DefineFont2 and DefineText writers, fonts
+// rebuilt from DefineFont, DefineFont2, DefineFontInfo and DefineFontInfo2 bodies,
+// and DefineText bodies bloated into glyph outlines.
 #include <gtest/gtest.h>
 
 #include <memory>

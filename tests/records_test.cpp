@@ -1,25 +1,28 @@
-// Core records: MATRIX, CXFORMWITHALPHA and RECT encodings (written and read from
-// the same vectors), matrix and transform algebra.
+// Records: MATRIX, CXFORMWITHALPHA, RECT and the FILTER records of every filter
+// type, written and read from the same vectors; the filters' pass and colour-count
+// caps, composite-source bit, the float byte order of their reader, and records cut
+// by their tag.
 #include <gtest/gtest.h>
-
-#include <cstdint>
-#include <cstdlib>
 
 #include "flio/flaColorXForm.h"
 #include "flio/flaDump.h"
+#include "flio/flaFilter.h"
 #include "flio/flaMatrix.h"
 #include "flio/flaRead.h"
 #include "flio/flaRecords.h"
 #include "test_util.h"
 
 using namespace flio_test;
+using namespace FLIO;
 
 namespace {
 
-Bytes MatrixBytes(const flaMatrix& m, int frameSizeX) {
-    flaDump d(frameSizeX, nullptr);
-    m.DumpInFile(d);
-    return Flushed(d);
+typedef UT_SharedPtr<flaFilter> FilterPtr;
+const flaRGBA kA(0x11, 0x22, 0x33, 0x44), kB(0x55, 0x66, 0x77, 0x88), kC(9, 8, 7, 6);
+
+template <class Record>
+std::string RecordHex(const Record& r, int frameSizeX) {
+    return Written([&](flaDump& d) { r.DumpInFile(d); }, frameSizeX);
 }
 
 }  // namespace
@@ -37,8 +40,8 @@ TEST(flaMatrix, EncodesAndReadsBack) {
         {"translation", flaMatrix(1, 0, 0, 1, 1.0f, -2.0f), "0E 52 C0", true},
     };
     for (const auto& c : cases) {
-        const Bytes bytes = MatrixBytes(c.m, 1);
-        EXPECT_EQ(ToHex(bytes), ToHex(Hex(c.bytes))) << c.name;
+        EXPECT_EQ(RecordHex(c.m, 1), c.bytes) << c.name;
+        const Bytes bytes = Hex(c.bytes);
         flaRead r(static_cast<int>(bytes.size()), bytes.data());
         r.SetScreenSizeX(1.0f);
         flaMatrix back;
@@ -48,56 +51,24 @@ TEST(flaMatrix, EncodesAndReadsBack) {
             EXPECT_EQ(back, c.m) << c.name;
         }
     }
-}
-
-// Reading keeps the format's conversion, twips times the float import factor; a
-// translation read and written again is never more than one twip nearer zero.
-TEST(flaMatrix, TranslationsReadAsTwipsTimesTheFactor) {
-    for (int width : {1, 3, 400, 550, 1024, 12345}) {
-        for (std::int32_t t = -40000; t <= 40000; t += 37) {
-            flaDump raw(width, nullptr);
-            const int nbits = flaDump::GetBitNumber(std::abs(t)) + 1;
-            raw.Bits(static_cast<std::uint32_t>(nbits), 7);  // no scale, no rotation, Nbits
-            raw.Bits(static_cast<std::uint32_t>(t), nbits);
-            raw.Bits(0, nbits);
-            const Bytes bytes = Flushed(raw);
-            flaRead r(static_cast<int>(bytes.size()), bytes.data());
-            r.SetScreenSizeX(static_cast<float>(width));
-            flaMatrix m;
-            m.ReadFromFile(r);
-            ASSERT_EQ(m.GetTX(), static_cast<float>(t) * r.GetScaling()) << width << " " << t;
-            const Bytes again = MatrixBytes(m, width);
-            flaRead back(static_cast<int>(again.size()), again.data());
-            MATRIX written;
-            back.GetMatrix(&written);
-            ASSERT_LE(std::abs(written.translateX), std::abs(t)) << width << " " << t;
-            ASSERT_GE(std::abs(written.translateX), std::abs(t) - 1) << width << " " << t;
-        }
-    }
-}
-
-TEST(flaMatrix, AlgebraAndBitwiseEquality) {
-    flaMatrix both;
-    both.Multiply(flaMatrix(2, 0, 0, 2, 0, 0), flaMatrix(1, 0, 0, 1, 3, 4));  // scale first, then move
-    EXPECT_EQ(both, flaMatrix(2, 0, 0, 2, 3, 4));
+    // Equality is bitwise; products apply the first matrix, then the second.
     EXPECT_NE(flaMatrix(), flaMatrix(1, 0, 0, 1, -0.0f, 0));
+    flaMatrix both;
+    both.Multiply(flaMatrix(2, 0, 0, 2, 0, 0), flaMatrix(1, 0, 0, 1, 3, 4));
+    EXPECT_EQ(both, flaMatrix(2, 0, 0, 2, 3, 4));
 }
 
 TEST(flaColorXForm, EncodesAndReadsBack) {
-    const struct { const char* name; flaColorXForm cx; const char* bytes; int bits; } cases[] = {
-        {"no terms: six bits", flaColorXForm(), "08", 6},
-        {"multipliers only", flaColorXForm(256, 256, 256, 128, 0, 0, 0, 0), "69 00 40 10 02 00", 46},
-        {"offsets only", flaColorXForm(256, 256, 256, 256, 1, -1, 0, 3), "8C F0 C0", 18},
-        {"both groups", flaColorXForm(300, 256, 256, 256, 10, 0, 0, 0), "E9 2C 40 10 04 00 0A 00 00 00 00", 86},
-        {"offsets alone keep multipliers off", flaColorXForm(256, 256, 256, 256, 10, 0, 0, 0), "95 40 00 00", 26},
+    const struct { const char* name; flaColorXForm cx; const char* bytes; } cases[] = {
+        {"no terms: six bits", flaColorXForm(), "08"},
+        {"multipliers only", flaColorXForm(256, 256, 256, 128, 0, 0, 0, 0), "69 00 40 10 02 00"},
+        {"offsets only", flaColorXForm(256, 256, 256, 256, 1, -1, 0, 3), "8C F0 C0"},
+        {"both groups", flaColorXForm(300, 256, 256, 256, 10, 0, 0, 0), "E9 2C 40 10 04 00 0A 00 00 00 00"},
+        {"offsets alone keep multipliers off", flaColorXForm(256, 256, 256, 256, 10, 0, 0, 0), "95 40 00 00"},
     };
     for (const auto& c : cases) {
-        CountingCallback counter;
-        flaDump d(1, &counter);
-        c.cx.DumpInFile(d);
-        EXPECT_EQ(counter.Total(), c.bits) << c.name;
-        const Bytes bytes = Flushed(d);
-        EXPECT_EQ(ToHex(bytes), ToHex(Hex(c.bytes))) << c.name;
+        EXPECT_EQ(RecordHex(c.cx, 1), c.bytes) << c.name;
+        const Bytes bytes = Hex(c.bytes);
         flaRead r(static_cast<int>(bytes.size()), bytes.data());
         flaColorXForm back;
         back.ReadFromFile(r, true);
@@ -109,16 +80,6 @@ TEST(flaColorXForm, EncodesAndReadsBack) {
     a.Reset();
     b.Reset();
     EXPECT_EQ(a, b);
-}
-
-TEST(flaColorXForm, ComposeWrapsWithoutRescaling) {
-    flaColorXForm m(256, 256, 256, 256, 1, 1, 1, 1);
-    m.Compose(flaColorXForm(512, 256, 256, 256, 0, 0, 0, 0));  // m had no multiply: copied
-    EXPECT_EQ(m.GetmR(), 512);
-    m.Compose(flaColorXForm(256, 256, 256, 256, 10, 0, 0, 0));
-    EXPECT_EQ(m.GetaR(), 1 + 10 * 512 % 65536);
-    m.Compose(flaColorXForm(256, 512, 256, 256, 0, 0, 0, 0));
-    EXPECT_EQ(m.GetmR(), static_cast<short>(512 * 256));  // wraps to 0
 }
 
 TEST(flaBoundingBox, ShapeRectEncoding) {
@@ -141,4 +102,75 @@ TEST(flaBoundingBox, ShapeRectEncoding) {
         r.GetRect(&s);
         EXPECT_EQ((std::vector<int>{s.xmin, s.xmax, s.ymin, s.ymax}), std::vector<int>(c.s, c.s + 4)) << c.name;
     }
+}
+
+// What the reader takes in is checked by writing it again. The reader skips a drop
+// shadow's colour (it reads the record four bytes early), and reads FLOAT values,
+// which are written little-endian, most significant byte first.
+TEST(FilterRecords, WriteAndReadFromOneTable) {
+    const std::vector<flaRGBA> two = {flaRGBA(1, 2, 3, 4), flaRGBA(5, 6, 7, 8)};
+    std::vector<float> colorMatrix(20, 0.0f);
+    colorMatrix[0] = 1.0f;
+    const struct {
+        const char* name;
+        FilterPtr filter;
+        std::string bytes;
+        std::string again;  // what the reader takes in, written again; empty when the same bytes
+        int unread;         // bytes of the record the reader leaves
+    } cases[] = {
+        {"Blur", flaFilter::CreateFilter_Blur(1.5, 2.25, 3), "01 00800100 00400200 18", "", 0},
+        {"BlurPassesCappedAt31", flaFilter::CreateFilter_Blur(0.5, 0, 40), "01 00800000 00000000 F8", "", 0},
+        {"BlurPassesKeptIn8Bits", flaFilter::CreateFilter_Blur(0, 0, 0x105), "01 00000000 00000000 28", "", 0},
+        {"DropShadow", flaFilter::CreateFilter_DropShadow(kA, 4, 5, 0.25, 2, 1.5f, 3, true, false, false),
+         "00 11223344 00000400 00000500 00400000 00000200 8001 A3",
+         "00 00000000 11223344 00000400 00000500 00400000 0000 22", 4},
+        {"DropShadowPassesUncapped", flaFilter::CreateFilter_DropShadow(kB, 0, 0, 0, 0, 0, 0x44, false, true, true),
+         "00 55667788 00000000 00000000 00000000 00000000 0000 64",
+         "00 00000000 55667788 00000000 00000000 00000000 0000 20", 4},
+        {"Glow", flaFilter::CreateFilter_Glow(flaRGBA(0xFF, 0, 0, 0x80), 2, 3, 0.5f, 40, true, true, false),
+         "02 FF000080 00000200 00000300 8000 FF", "", 0},
+        {"Bevel", flaFilter::CreateFilter_Bevel(kA, kB, 1, 1, 0.5, 3, 2.0f, 20, false, true, true, true),
+         "03 11223344 55667788 00000100 00000100 00800000 00000300 0002 7F", "", 0},
+        {"GradientGlow",
+         flaFilter::CreateFilter_GradientGlow(two, {0, 255}, 1, 2, 0, 0, 1.0f, 2, false, false, true, false),
+         "04 02 01020304 05060708 00FF 00000100 00000200 00000000 00000000 0001 22", "", 0},
+        {"GradientBevel",
+         flaFilter::CreateFilter_GradientBevel(two, {10, 20}, 0, 0, 1, 1, 0.25f, 1, true, false, false, true),
+         "07 02 01020304 05060708 0A14 00000000 00000000 00000100 00000100 4000 B1", "", 0},
+        {"Convolution", flaFilter::CreateFilter_Convolution(2, 1, 1.0f, 0.5f, {2.0f, -1.0f}, kC, true, false),
+         "05 02 01 0000803F 0000003F 00000040 000080BF 09080706 02",
+         "05 02 01 3F800000 3F000000 40000000 BF800000 09080706 02", 0},
+        {"ConvolutionPreserveAlpha", flaFilter::CreateFilter_Convolution(0, 0, 0, 0, {}, {0, 0, 0, 0}, false, true),
+         "05 00 00 00000000 00000000 00000000 01", "", 0},
+        {"ColorMatrix", flaFilter::CreateFilter_ColorMatrix(colorMatrix), "06 0000803F" + std::string(19 * 8, '0'),
+         "06 3F800000" + std::string(19 * 8, '0'), 0},
+    };
+    for (const auto& v : cases) {
+        SCOPED_TRACE(v.name);
+        const Bytes expected = Hex(v.bytes);
+        ASSERT_EQ(RecordHex(*v.filter, 550), ToHex(expected));
+        flaRead reader(static_cast<int>(expected.size()), expected.data());
+        FilterPtr read = flaFilter::CreateFilter(static_cast<flaFilter::FilterType>(reader.GetByte()));
+        ASSERT_TRUE(read);
+        read->ReadFromFile(reader);
+        EXPECT_EQ(RecordHex(*read, 550), ToHex(Hex(v.again.empty() ? v.bytes : v.again)));
+        EXPECT_EQ(reader.bytesLeft(), v.unread);
+        // One byte short of what the reader takes, at the end of a tag (a long-form
+        // PlaceObject3) that more bytes follow: the read throws.
+        const std::size_t n = expected.size() - 2 - static_cast<std::size_t>(v.unread);
+        Bytes tag = Hex("BF 11");
+        for (int i = 0; i < 4; ++i) tag.push_back(static_cast<unsigned char>(n >> (8 * i)));
+        tag.insert(tag.end(), expected.begin() + 1, expected.begin() + 1 + static_cast<long>(n));
+        tag.resize(tag.size() + 64, 0);
+        flaRead cut(static_cast<int>(tag.size()), tag.data());
+        ASSERT_EQ(cut.GetTag(), 70u);
+        EXPECT_THROW(flaFilter::CreateFilter(static_cast<flaFilter::FilterType>(expected[0]))->ReadFromFile(cut),
+                     flaRead::readError);
+    }
+    EXPECT_FALSE(flaFilter::CreateFilter(static_cast<flaFilter::FilterType>(8)));  // no such type
+    // A gradient of 300 colours announces 255, the most its count byte holds.
+    const std::vector<flaRGBA> many(300, kA);
+    const std::vector<unsigned char> ratios(300, 0);
+    const FilterPtr big = flaFilter::CreateFilter_GradientBevel(many, ratios, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0);
+    EXPECT_EQ(RecordHex(*big, 550).substr(0, 5), "07 FF");
 }

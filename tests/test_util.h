@@ -1,15 +1,23 @@
-// Helpers shared by the unit tests.
+// Helpers shared by the unit tests: a directory per run, hex, tags built by hand,
+// readers standing at the start of a tag body, the bytes a writer produces, and
+// drawings built stroke by stroke.
 #pragma once
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "flio/flaDump.h"
+#include "flio/flaGeometry.h"
+#include "flio/flaRead.h"
 
 namespace flio_test {
 
@@ -21,7 +29,8 @@ inline const std::string& RunDir() {
         std::string path;
         Dir() {
             std::string pattern = testing::TempDir() + "flio-test-XXXXXX";
-            if (!mkdtemp(pattern.data())) throw std::runtime_error("cannot make a directory below " + testing::TempDir());
+            if (!mkdtemp(pattern.data()))
+                throw std::runtime_error("cannot make a directory below " + testing::TempDir());
             path = pattern + "/";
         }
         ~Dir() {
@@ -34,22 +43,14 @@ inline const std::string& RunDir() {
 
 using Bytes = std::vector<unsigned char>;
 
-// "E0 AB" -> {0xE0, 0xAB}; spaces are ignored.
+// "E0 AB" -> {0xE0, 0xAB}; anything but hex digits is ignored.
 inline Bytes Hex(const std::string& text) {
+    std::string digits;
+    for (char c : text)
+        if (std::isxdigit(static_cast<unsigned char>(c))) digits += c;
     Bytes out;
-    int nibble = -1;
-    for (char c : text) {
-        int v;
-        if (c >= '0' && c <= '9') v = c - '0';
-        else if (c >= 'a' && c <= 'f') v = c - 'a' + 10;
-        else if (c >= 'A' && c <= 'F') v = c - 'A' + 10;
-        else continue;
-        if (nibble < 0) nibble = v;
-        else {
-            out.push_back(static_cast<unsigned char>(nibble * 16 + v));
-            nibble = -1;
-        }
-    }
+    for (std::size_t i = 0; i + 1 < digits.size(); i += 2)
+        out.push_back(static_cast<unsigned char>(std::stoi(digits.substr(i, 2), nullptr, 16)));
     return out;
 }
 
@@ -76,15 +77,53 @@ public:
     void AddBits(unsigned int costCode, int bitCount) override {
         if (costCode >= bits.size()) bits.resize(costCode + 1, 0);
         bits[costCode] += bitCount;
-        ++calls;
     }
     std::vector<long long> bits;
-    int calls = 0;
     long long Total() const {
         long long t = 0;
         for (long long b : bits) t += b;
         return t;
     }
 };
+
+// A long-form tag: header word, 32-bit length, body.
+inline Bytes LongTag(unsigned int code, const Bytes& body) {
+    Bytes out(6 + body.size());
+    const std::uint64_t head = ((code << 6) | 63u) | (static_cast<std::uint64_t>(body.size()) << 16);
+    for (int i = 0; i < 6; ++i) out[i] = static_cast<unsigned char>(head >> (8 * i));
+    std::copy(body.begin(), body.end(), out.begin() + 6);
+    return out;
+}
+
+// A reader over the given tag bytes, with the tag's header already read.
+inline std::unique_ptr<flaRead> OpenTag(const Bytes& tag) {
+    auto reader = std::make_unique<flaRead>(static_cast<int>(tag.size()), tag.data());
+    reader->GetTag();
+    return reader;
+}
+
+// What `write` puts in a fresh stream for a stage of the given width, as hex.
+inline std::string Written(const std::function<void(flaDump&)>& write, int frameSizeX = 550) {
+    flaDump dump(frameSizeX, nullptr);
+    write(dump);
+    return ToHex(Flushed(dump));
+}
+
+// A new[] copy of the bytes, for the classes that take over their buffers.
+template <typename T = unsigned char>
+T* NewCopy(const Bytes& b) {
+    T* p = new T[b.empty() ? 1 : b.size()];
+    std::copy(b.begin(), b.end(), p);
+    return p;
+}
+
+// Adds to the layer a stroke through the points (anchor, control, anchor... when
+// curved) with the given fills on either side and line.
+inline void AddStroke(flaSubGeometry* sub, const std::vector<flaPoint>& points, bool curved, const flaColor* left,
+                      const flaColor* right, const flaColor* line) {
+    auto* stroke = new flaStroke;
+    for (const flaPoint& p : points) stroke->AddPoint(p);
+    sub->AddStroke(stroke, new flaStyle(curved ? flaStyle::Curved : flaStyle::Straight, left, right, line));
+}
 
 }  // namespace flio_test

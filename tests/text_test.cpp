@@ -1,6 +1,6 @@
-// Fonts and static text: face ordering and ids, the DefineFont2 and DefineText
-// writers, the rebuilding of fonts from DefineFont, DefineFont2, DefineFontInfo and
-// DefineFontInfo2 bodies, and the bloating of a DefineText into glyph outlines.
+// Fonts and static text: font ids, the DefineFont2 and DefineText writers, fonts
+// rebuilt from DefineFont, DefineFont2, DefineFontInfo and DefineFontInfo2 bodies,
+// and DefineText bodies bloated into glyph outlines.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -9,11 +9,8 @@
 #include <vector>
 
 #include "flio/flaFont.h"
-#include "flio/flaFrame.h"
 #include "flio/flaMovie.h"
-#include "flio/flaRead.h"
 #include "flio/flaText.h"
-#include "movie_test_util.h"
 #include "test_util.h"
 
 using namespace flio_test;
@@ -22,8 +19,6 @@ namespace {
 
 struct TextMovie : flaMovie {
     using flaMovie::flaMovie;
-    using flaMovie::DumpMovieToBuffer;
-    using flaMovie::ParseDefineFont2;
     using flaMovie::ParseDefineText;
 };
 
@@ -33,32 +28,20 @@ std::unique_ptr<flaGlyphGeometry> SampleGlyph() {
     auto glyph = std::make_unique<flaGlyphGeometry>();
     flaSubGeometry* sub = glyph->AddChildGeometry();
     const flaColor* fill = sub->CreateSolidColour(FLIO::flaRGBA(0, 0, 0, 255), 0);
-    auto* square = new flaStroke;
-    for (const flaPoint& p : {flaPoint(0, 0), flaPoint(10, 0), flaPoint(10, -10), flaPoint(0, -10), flaPoint(0, 0)})
-        square->AddPoint(p);
-    sub->AddStroke(square, new flaStyle(flaStyle::Straight, nullptr, fill, nullptr));
-    auto* curve = new flaStroke;
-    for (const flaPoint& p : {flaPoint(2, -2), flaPoint(5, -4.5f), flaPoint(8, -2)}) curve->AddPoint(p);
-    sub->AddStroke(curve, new flaStyle(flaStyle::Curved, nullptr, fill, nullptr));
+    AddStroke(sub, {{0, 0}, {10, 0}, {10, -10}, {0, -10}, {0, 0}}, false, nullptr, fill, nullptr);
+    AddStroke(sub, {{2, -2}, {5, -4.5f}, {8, -2}}, true, nullptr, fill, nullptr);
     return glyph;
 }
 
 // The strokes of a drawing as (curved, fill0, fill1, points), for comparison.
 using StrokeView = std::tuple<bool, int, int, std::vector<flaPoint>>;
-std::vector<StrokeView> Strokes(const flaSubGeometry& sub) {
-    std::vector<StrokeView> out;
-    for (std::size_t i = 0; i < sub.GetStrokeCount(); ++i) {
-        const auto& r = sub.GetStrokeRecord(i);
-        out.emplace_back(r.style->IsCurved(), r.fill0Index, r.fill1Index, r.stroke->GetPoints());
-    }
-    return out;
-}
 std::vector<StrokeView> Strokes(const flaGeometry& g) {
     std::vector<StrokeView> out;
-    for (std::size_t s = 0; s < g.GetSubGeometryCount(); ++s) {
-        const std::vector<StrokeView> sub = Strokes(*g.GetSubGeometry(s));
-        out.insert(out.end(), sub.begin(), sub.end());
-    }
+    for (std::size_t s = 0; s < g.GetSubGeometryCount(); ++s)
+        for (std::size_t i = 0; i < g.GetSubGeometry(s)->GetStrokeCount(); ++i) {
+            const auto& r = g.GetSubGeometry(s)->GetStrokeRecord(i);
+            out.emplace_back(r.style->IsCurved(), r.fill0Index, r.fill1Index, r.stroke->GetPoints());
+        }
     return out;
 }
 
@@ -69,18 +52,13 @@ Bytes Written(const T& item) {
     return Flushed(dump);
 }
 
-// A long-form tag of the given code, id and body, read up to its id.
-struct Tag {
-    Tag(unsigned code, int id, const std::string& body)
-        : bytes(Hex(LongTag(code, ToHex({static_cast<unsigned char>(id), static_cast<unsigned char>(id >> 8)}) +
-                                      " " + body))),
-          in(static_cast<int>(bytes.size()), bytes.data()) {
-        in.SetScaling(0.05f);
-        EXPECT_EQ(in.GetTag(), code);
-    }
-    Bytes bytes;
-    flaRead in;
-};
+// A reader over a long-form tag of the given code, id and body, standing at the id.
+std::unique_ptr<flaRead> TagReader(unsigned code, int id, const std::string& body) {
+    auto in = OpenTag(LongTag(code, Hex(ToHex({static_cast<unsigned char>(id), static_cast<unsigned char>(id >> 8)}) +
+                                        " " + body)));
+    in->SetScaling(0.05f);
+    return in;
+}
 
 // Reads a font tag into the matching import object, as the importer does, and files it.
 void File(flaFontTable& table, unsigned code, int id, const std::string& body) {
@@ -89,9 +67,9 @@ void File(flaFontTable& table, unsigned code, int id, const std::string& body) {
     if (code == 48) f = std::make_unique<ImportDefineFont2>();
     if (code == 13) f = std::make_unique<ImportDefineFontInfo>();
     if (code == 62) f = std::make_unique<ImportDefineFontInfo2>();
-    Tag tag(code, id, body);
-    EXPECT_TRUE(f->ReadFromFile(tag.in));
-    EXPECT_EQ(tag.in.DataSize(), 0);
+    const auto in = TagReader(code, id, body);
+    EXPECT_TRUE(f->ReadFromFile(*in));
+    EXPECT_EQ(in->DataSize(), 0);
     table.AddImportFont(f.release(), static_cast<int>(code));
 }
 
@@ -103,19 +81,6 @@ std::vector<unsigned short> Codes(const flaFont& f) {
 
 // DefineFont body: offsets for two glyphs, an empty glyph, the sample glyph.
 std::string DefineFontBody() { return "04 00 06 00 10 00 " + ToHex(Written(*SampleGlyph())); }
-
-// DefineFont2 body with no glyphs: wide codes, the name, count 0, code-table offset.
-std::string EmptyFont2Body(const std::string& name) {
-    return "04 00 " + ToHex({static_cast<unsigned char>(Hex(name).size())}) + " " + name + " 00 00 02 00";
-}
-
-// The face of the text tests: 'A' (advance 512) and 'B' (advance 256).
-flaFont& SampleFont(flaMovie& movie, flaGlyphGeometry* glyph) {
-    flaFont& font = movie.getFont(fontInfo("Sans", false, false));
-    font.addCode('A', glyph, 512);
-    font.addCode('B', glyph, 256);
-    return font;
-}
 
 struct TextCase {
     int frameWidth, id;
@@ -161,285 +126,143 @@ const TextCase kTextCases[] = {
 
 }  // namespace
 
-TEST(FontTable, FaceOrderAndIds) {
+// Font ids come from the movie's counter, which other characters share, in order of
+// first use of a face.
+TEST(FontTable, IdsFromTheMoviesCounter) {
     flaMovie movie(100, 100);
-    EXPECT_EQ(movie.GetNewCharacterId(), 1);
-    const fontInfo bold("Arial", true, false), plain("Arial", false, false), italic("Arial", false, true);
-    EXPECT_EQ(movie.getFont(bold).getId(), 2);  // ids from the movie's counter, in order of first use
-    EXPECT_EQ(movie.getFont(italic).getId(), 3);
-    EXPECT_EQ(movie.getFont(plain).getId(), 4);
-    EXPECT_EQ(movie.getFont(fontInfo("Aria", true, true)).getId(), 5);
-    EXPECT_EQ(movie.getFont(bold).getId(), 2);
-    EXPECT_EQ(movie.GetNewCharacterId(), 6);
-    // Written in face order: by name, then non-bold first, then non-italic first.
-    flaDump dump(1, nullptr);
-    movie.GetFontTable().DumpAllFonts(dump);
-    const Bytes out = Flushed(dump);
-    ASSERT_EQ(out.size(), 19u + 20 + 20 + 20);
-    EXPECT_EQ((std::vector<int>{out[6], out[19 + 6], out[39 + 6], out[59 + 6]}), (std::vector<int>{5, 4, 3, 2}));
+    std::vector<int> ids = {movie.GetNewCharacterId()};
+    for (const fontInfo& face : {fontInfo("Arial", true, false), fontInfo("Arial", false, true),
+                                 fontInfo("Arial", false, false), fontInfo("Aria", true, true),
+                                 fontInfo("Arial", true, false)})
+        ids.push_back(movie.getFont(face).getId());
+    ids.push_back(movie.GetNewCharacterId());
+    EXPECT_EQ(ids, (std::vector<int>{1, 2, 3, 4, 5, 2, 6}));
 }
 
 // One table drives the DefineFont2 writer and, reading the written tag back, the
-// DefineFont2 import.
+// DefineFont2 import. The last font has real outlines, which decode to the strokes
+// they were written from.
 TEST(Font, DefineFont2BytesAndReadBack) {
+    const auto glyph = SampleGlyph();
     const struct {
         int id;
         fontInfo face;
-        std::vector<unsigned short> codes;  // one empty glyph each
+        std::vector<unsigned short> codes;  // the sample glyph when there is no hex
         const char* hex;
     } cases[] = {
         {5, {"Ab", true, false}, {}, "3F 0C 0B 00 00 00 05 00 05 00 02 41 62 00 00 02 00"},
         {1, {"F", false, true}, {65}, "3F 0C 10 00 00 00 01 00 06 00 01 46 01 00 04 00 06 00 10 00 41 00"},
         {0x1234, {"", true, true}, {0x263A, 0x42},
          "3F 0C 15 00 00 00 34 12 07 00 00 02 00 06 00 08 00 0A 00 10 00 10 00 3A 26 42 00"},
+        {9, {"G", false, false}, {'G', 'H'}, nullptr},
     };
     for (const auto& c : cases) {
         flaFont font(c.id, c.face);
-        for (unsigned short code : c.codes) font.addCode(code, nullptr, 0.0f);
-        EXPECT_EQ(ToHex(Written(font)), c.hex);
+        for (unsigned short code : c.codes) font.addCode(code, c.hex ? nullptr : glyph.get(), 600.0f);
+        const Bytes written = Written(font);
+        if (c.hex) {
+            EXPECT_EQ(ToHex(written), c.hex);
+        }
         flaFontTable table;
-        const Bytes all = Hex(c.hex);
-        File(table, 48, c.id, ToHex(Bytes(all.begin() + 8, all.end())));
+        File(table, 48, c.id, ToHex(Bytes(written.begin() + 8, written.end())));
         table.buildBloatedFonts();
         const flaFont* back = table.getBloatedFont(c.id);
-        ASSERT_NE(back, nullptr) << c.hex;
+        ASSERT_NE(back, nullptr) << c.id;
         EXPECT_EQ(back->getInfo(), c.face);
-        EXPECT_EQ(back->getGlyphCnt(), c.codes.size());
         EXPECT_EQ(Codes(*back), c.codes);
-    }
-    // A name of 300 characters: the length byte is truncated, every character written.
-    const std::string name(300, 'x');
-    const Bytes out = Written(flaFont(1, fontInfo(name.c_str(), false, false)));
-    ASSERT_EQ(out.size(), 8u + 3 + 300 + 4);
-    EXPECT_EQ(out[10], 44);  // 300 & 0xFF
-    EXPECT_EQ(std::string(out.begin() + 11, out.begin() + 311), name);
-}
-
-TEST(Font, GlyphWrittenInDefineFont2DecodesToTheSameStrokes) {
-    const auto glyph = SampleGlyph();
-    flaFont font(9, fontInfo("G", false, false));
-    font.addCode('G', glyph.get(), 600);
-    font.addCode('H', glyph.get(), 600);
-    const Bytes written = Written(font);
-    flaFontTable table;
-    File(table, 48, 9, ToHex(Bytes(written.begin() + 8, written.end())));
-    table.buildBloatedFonts();
-    const flaFont* back = table.getBloatedFont(9);
-    ASSERT_EQ(back->getGlyphCnt(), 2u);
-    for (unsigned int i = 0; i < 2; ++i) {
-        ASSERT_EQ(back->getGlyphByIndex(i)->GetSubGeometryCount(), 1u);
-        EXPECT_EQ(back->getGlyphByIndex(i)->GetSubGeometry(0)->GetFills().GetSize(), 2u);  // 2^1 for one fill bit
-        EXPECT_EQ(Strokes(*back->getGlyphByIndex(i)), Strokes(*glyph)) << "glyph " << i;
+        ASSERT_EQ(back->getGlyphCnt(), c.codes.size());
+        for (unsigned int i = 0; i < c.codes.size(); ++i)
+            EXPECT_EQ(Strokes(*back->getGlyphByIndex(i)), c.hex ? std::vector<StrokeView>() : Strokes(*glyph));
     }
 }
 
-TEST(FontTable, DefineFontAndInfosGiveNamesFlagsAndCodes) {
+// Fonts rebuilt from a DefineFont (10) or DefineFont2 (48) body and, when given, a
+// DefineFontInfo (13) or DefineFontInfo2 (62). A damaged info changes nothing; a
+// damaged font keeps its name without glyphs or codes, and the font filed after it
+// is built all the same.
+TEST(FontTable, RebuildsFontsFromTheirTags) {
+    const Bytes g = Written(*SampleGlyph());
+    const std::string font = DefineFontBody(), cut = ToHex(Bytes(g.begin(), g.end() - 2));
+    const std::string codesMissing = "04 00 01 4E 01 00 04 00 " + ToHex({static_cast<unsigned char>(4 + g.size()), 0});
+    const fontInfo none, n("N", false, false);
     const struct {
+        unsigned code;
+        std::string body;
         unsigned infoCode;
         const char* infoBody;
         fontInfo face;
         std::vector<unsigned short> codes;
     } cases[] = {
-        {13, "03 46 6F 6F 05 41 00 42 00", {"Foo", false, true}, {65, 66}},     // wide codes, italic
-        {13, "01 5A 02 61 62", {"Z", true, false}, {97, 98}},                   // narrow codes, bold
-        {62, "02 48 69 07 01 3A 26 43 00", {"Hi", true, true}, {0x263A, 67}},  // info2 skips the language
-        {13, "03 46 6F 6F 05 41 00 42", {}, {}},                                // damaged: changes nothing
+        {10, font, 13, "03 46 6F 6F 05 41 00 42 00", {"Foo", false, true}, {65, 66}},     // wide codes, italic
+        {10, font, 13, "01 5A 02 61 62", {"Z", true, false}, {97, 98}},                   // narrow codes, bold
+        {10, font, 62, "02 48 69 07 01 3A 26 43 00", {"Hi", true, true}, {0x263A, 67}},  // info2 skips the language
+        {10, font, 13, "03 46 6F 6F 05 41 00 42", none, {}},                              // damaged info
+        {10, "04 00 06 00 10 00 " + cut, 0, "", none, {}},                                 // glyph cut short
+        {10, "FE FF 00 00", 0, "", none, {}},                                              // offsets cut short
+        {10, "04", 0, "", none, {}},
+        {48, "04 00 01 4E FF FF 00 00 00 00", 0, "", n, {}},  // 65535 glyphs announced
+        {48, "0C 00 01 4E 01 00 00 00 00", 0, "", n, {}},     // wide offsets cut short
+        {48, codesMissing + " " + ToHex(g), 0, "", n, {}},
+        {48, "04 00 05 4E", 0, "", n, {}},  // name cut short
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.body.substr(0, 20));
         flaFontTable table;
-        File(table, 10, 3, DefineFontBody());
-        File(table, c.infoCode, 3, c.infoBody);
-        EXPECT_EQ(table.GetPendingImportCount(), 2u);
-        table.buildBloatedFonts();
-        EXPECT_EQ(table.GetPendingImportCount(), 0u);
-        const flaFont* font = table.getBloatedFont(3);
-        ASSERT_EQ(font->getGlyphCnt(), 2u);
-        EXPECT_TRUE(Strokes(*font->getGlyphByIndex(0)).empty());
-        EXPECT_EQ(Strokes(*font->getGlyphByIndex(1)), Strokes(*SampleGlyph()));
-        EXPECT_EQ(font->getInfo(), c.face) << c.infoBody;
-        EXPECT_EQ(Codes(*font), c.codes);
-    }
-}
-
-TEST(FontTable, BuildOrderInfoMatchingAndMessages) {
-    // Filed in reverse order: DefineFonts are built first, then DefineFont2s; the
-    // info still finds its font. Name bytes are taken as signed characters.
-    flaFontTable table;
-    File(table, 13, 2, "01 49 00 30 31");
-    File(table, 48, 1, EmptyFont2Body("E9 41"));
-    File(table, 10, 2, DefineFontBody());
-    table.buildBloatedFonts();
-    ASSERT_EQ(table.GetBloatedFonts().size(), 2u);
-    EXPECT_EQ(table.GetBloatedFonts()[0]->getId(), 2);
-    EXPECT_EQ(Codes(*table.getBloatedFont(2)), (std::vector<unsigned short>{0x30, 0x31}));
-    EXPECT_EQ(table.getBloatedFont(2)->getInfo().name.utf8(), "I");
-    const UT_String& name = table.getBloatedFont(1)->getInfo().name;
-    ASSERT_EQ(name.length(), 2u);
-    EXPECT_EQ(name[0], 0xFFE9);
-
-    // No font at all: each kind of info reports its own message.
-    flaFontTable none;
-    File(none, 13, 7, "00 00");
-    File(none, 62, 8, "00 00 00");
-    testing::internal::CaptureStderr();
-    none.buildBloatedFonts();
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "Cannot match DefineFontInfo (font id 7) to any previously defined font\n"
-              "Cannot match DefineFontInfo2 (font id 8) to any previously defined font\n");
-    EXPECT_TRUE(none.GetBloatedFonts().empty());
-    // Fonts exist but none has the id: the last font gets the info, silently.
-    flaFontTable other;
-    File(other, 48, 1, EmptyFont2Body("41"));
-    File(other, 48, 2, EmptyFont2Body("42"));
-    File(other, 13, 9, "01 43 02");
-    testing::internal::CaptureStderr();
-    other.buildBloatedFonts();
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    EXPECT_EQ(other.getBloatedFont(1)->getInfo(), fontInfo("A", false, false));
-    EXPECT_EQ(other.getBloatedFont(2)->getInfo(), fontInfo("BC", true, false));
-
-    // DefineFont3 is not one of the codes: reported, nothing filed, the object
-    // stays the caller's.
-    auto foreign = std::make_unique<ImportDefineFont>();
-    testing::internal::CaptureStderr();
-    other.AddImportFont(foreign.get(), 75);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Invalid SWF font tag code\n");
-    EXPECT_EQ(other.GetPendingImportCount(), 0u);
-}
-
-TEST(FontTable, DamagedBodiesKeepTheFontWithoutGlyphs) {
-    const Bytes g = Written(*SampleGlyph());
-    const std::string cut = ToHex(Bytes(g.begin(), g.end() - 2));
-    const std::string codesMissing = "04 00 01 4E 01 00 04 00 " + ToHex({static_cast<unsigned char>(4 + g.size()), 0});
-    const struct {
-        unsigned code;
-        std::string body;
-        const char* name;
-    } cases[] = {
-        {10, "04 00 06 00 10 00 " + cut, ""},  // glyph cut short
-        {10, "FE FF 00 00", ""},               // offset table cut short
-        {10, "04", ""},
-        {48, "04 00 01 4E FF FF 00 00 00 00", "N"},  // 65535 glyphs announced
-        {48, "0C 00 01 4E 01 00 00 00 00", "N"},     // wide offsets cut short
-        {48, codesMissing + " " + ToHex(g), "N"},
-        {48, "04 00 05 4E", "N"},  // name cut short
-    };
-    for (const auto& c : cases) {
-        flaFontTable table;
-        File(table, c.code, 4, c.body);
-        File(table, 10, 5, DefineFontBody());
+        File(table, c.code, 3, c.body);
+        if (c.infoCode) File(table, c.infoCode, 3, c.infoBody);
+        File(table, 10, 5, font);
         EXPECT_NO_THROW(table.buildBloatedFonts());
-        const flaFont* font = table.getBloatedFont(4);
-        ASSERT_NE(font, nullptr) << c.body;
-        EXPECT_EQ(font->getGlyphCnt() + font->getCodeCnt(), 0u) << c.body;
-        EXPECT_EQ(font->getInfo().name.utf8(), c.name);
-        EXPECT_EQ(table.getBloatedFont(5)->getGlyphCnt(), 2u);  // the next font is built all the same
+        EXPECT_EQ(table.GetPendingImportCount(), 0u);
+        const flaFont* built = table.getBloatedFont(3);
+        ASSERT_NE(built, nullptr);
+        EXPECT_EQ(built->getInfo(), c.face);
+        EXPECT_EQ(Codes(*built), c.codes);
+        ASSERT_EQ(built->getGlyphCnt(), c.body == font ? 2u : 0u);
+        if (c.body == font) {
+            EXPECT_TRUE(Strokes(*built->getGlyphByIndex(0)).empty());
+            EXPECT_EQ(Strokes(*built->getGlyphByIndex(1)), Strokes(*SampleGlyph()));
+        }
+        EXPECT_EQ(table.getBloatedFont(5)->getGlyphCnt(), 2u);
     }
 }
 
+// A text is written against the font table its stream carries or, without one,
+// against the current movie's.
 TEST(Text, DefineTextBytesAgainstTheStreamsFontTable) {
     for (const TextCase& c : kTextCases) {
-        flaMovie movie(c.frameWidth, 100);
+        TextMovie movie(c.frameWidth, 100);
         flaGlyphGeometry glyph;
-        const int fontId = SampleFont(movie, &glyph).getId();
+        flaFont& font = movie.getFont(fontInfo("Sans", false, false));
+        font.addCode('A', &glyph, 512);
+        font.addCode('B', &glyph, 256);
+        const int fontId = font.getId();
         flaDump dump(c.frameWidth, nullptr);
         dump.SetFontTable(&movie.GetFontTable());
         MakeText(c, fontId)->DumpInFile(dump);
         EXPECT_EQ(ToHex(Flushed(dump)), c.hex);
-        // On its own (no table in the stream) the text uses the current movie.
-        flaDump plain(c.frameWidth, nullptr);
-        MakeText(c, fontId)->DumpInFile(plain);
-        EXPECT_EQ(ToHex(Flushed(plain)), c.hex);
+        EXPECT_EQ(Written([&](flaDump& d) { MakeText(c, fontId)->DumpInFile(d); }, c.frameWidth), c.hex);
     }
 }
 
-TEST(Text, TwoMoviesAliveWriteTextAgainstTheirOwnFonts) {
-    const TextCase& c = kTextCases[0];
-    TextMovie first(1, 100);
-    flaGlyphGeometry glyph;
-    SampleFont(first, &glyph);
-    first.CreateFrames(1);
-    flaTextGeometry* text = MakeText(c, 1).release();
-    first.AddNewCharacter(text);
-    first.GetFrame(0)->PlaceNewCharacterInFrame(flaCharacterInfo(text, 1));
-    // A second movie, constructed later (so the current one), with another face
-    // under the same font id and a wider stage.
-    TextMovie second(3, 100);
-    flaFont& other = second.getFont(fontInfo("Serif", false, false));
-    other.addCode('A', &glyph, 1000);
-    ASSERT_EQ(other.getId(), 1);
-    ASSERT_EQ(flaMovie::pCurrentMovie, &second);
-
-    flaDump dump(1, nullptr);
-    ASSERT_TRUE(first.DumpMovieToBuffer(dump));
-    const std::string file = ToHex(Flushed(dump));
-    EXPECT_EQ(dump.GetFontTable(), nullptr);  // the stream is left as it was
-    const std::size_t textAt = file.find(c.hex), fontAt = file.find("3F 0C");
-    ASSERT_NE(textAt, std::string::npos) << file;
-    EXPECT_LT(fontAt, textAt);  // the first movie's DefineFont2 precedes the text
-    EXPECT_EQ(file.find("53 65 72 69 66"), std::string::npos);  // no "Serif" anywhere
-}
-
-// A font and a text written by the library and read back: the drawing is the glyph
-// outline scaled by height / 1024, moved by offsets and advances, in the text colour.
-TEST(Text, WrittenTextBloatsIntoTheGlyphOutlines) {
-    const auto glyph = SampleGlyph();
-    flaDump dump(1, nullptr);
-    {
-        flaMovie movie(1, 100);
-        auto text = MakeText(kTextCases[0], SampleFont(movie, glyph.get()).getId());
-        dump.SetFontTable(&movie.GetFontTable());
-        movie.GetFontTable().DumpAllFonts(dump);
-        text->DumpInFile(dump);
-    }
-    const Bytes file = Flushed(dump);
-    TextMovie imported(1, 100);
-    flaRead in(static_cast<int>(file.size()), file.data());
-    in.SetScreenSizeX(1.0f);
-    ASSERT_EQ(in.GetTag(), 48);
-    imported.ParseDefineFont2(in);
-    ASSERT_EQ(in.GetTag(), 11);
-    imported.ParseDefineText(in);
-    imported.buildBloatedFonts();
-    auto* text = dynamic_cast<flaTextGeometry*>(imported.GetCharacter(7));
-    ASSERT_NE(text, nullptr);
-    text->BuildBloated(imported);
-
-    const flaGeometry& drawing = text->getDrawing();
-    ASSERT_EQ(drawing.GetSubGeometryCount(), 2u);  // 'A' and 'B'
-    // Scale k = 370 / 1024; 'B' is moved by the advance of 'A', int(32 * 512 / 500)
-    // twips; y by the offset of 40 twips.
-    const float k = 370.0f / 1024.0f, advance = 32 * 0.05f;
-    for (std::size_t s = 0; s < 2; ++s) {
-        const flaSubGeometry& sub = *drawing.GetSubGeometry(s);
-        ASSERT_EQ(sub.GetFills().GetSize(), 1u);
-        EXPECT_EQ(sub.GetFillColorByIndex(0)->GetColor(), FLIO::flaRGBA(1, 2, 3, 255));
-        std::vector<StrokeView> want = Strokes(*glyph), got = Strokes(sub);
-        ASSERT_EQ(got.size(), want.size());
-        for (std::size_t i = 0; i < want.size(); ++i) {
-            EXPECT_EQ(std::get<0>(got[i]), std::get<0>(want[i]));
-            EXPECT_EQ(std::get<2>(got[i]), 1);
-            ASSERT_EQ(std::get<3>(got[i]).size(), std::get<3>(want[i]).size());
-            for (std::size_t p = 0; p < std::get<3>(want[i]).size(); ++p) {
-                const flaPoint &g = std::get<3>(got[i])[p], &w = std::get<3>(want[i])[p];
-                EXPECT_NEAR(g.x, w.x * k + advance * static_cast<float>(s), 1e-4);
-                EXPECT_NEAR(g.y, w.y * k + 2.0f, 1e-4);
-            }
-        }
-    }
-    text->DestroyBloated();
-    EXPECT_EQ(text->getDrawing().GetSubGeometryCount(), 0u);
-}
-
-// A DefineText body made by hand: a translating text matrix, two records (the
-// second inheriting font and height, its colour left black), and a glyph index
-// past the font's glyphs.
-TEST(Text, BloatedRecordsInheritFontAndHeightAndApplyTheTextMatrix) {
+// DefineText bodies made by hand. The first has a translating text matrix, two
+// records (the second inheriting font and height, its colour left black), and a
+// glyph index past the font's glyphs; cut short anywhere, it throws and leaves the
+// drawing empty. The outlines' own coordinates must not leak into the drawing's
+// bounds. Glyph entries of zero bits copy a glyph 255 times in two bytes of record:
+// a text that would copy millions of points is refused.
+TEST(Text, HandMadeRecordsBloat) {
     TextMovie movie(1, 100);
-    auto* font = new flaFont(4, fontInfo("F", false, false));
     const auto glyph = SampleGlyph();
-    font->addCode('A', glyph.get(), 0);
-    movie.AddFont(font);
+    flaGlyphGeometry big;
+    std::vector<flaPoint> line;
+    for (int i = 0; i < 20000; ++i) line.emplace_back(static_cast<float>(i), 0.0f);
+    flaSubGeometry* sub = big.AddChildGeometry();
+    AddStroke(sub, line, false, nullptr, sub->CreateSolidColour({0, 0, 0, 255}, 0), nullptr);
+    for (int id : {4, 5}) {
+        auto* font = new flaFont(id, fontInfo("F", id == 5, false));
+        font->addCode('A', id == 4 ? glyph.get() : &big, 0);
+        movie.AddFont(font);
+    }
     // Record 1: font 4, colour 10 20 30, x 40, height 1024, glyphs (0, +50) and
     // (1, 0), which does not exist. Record 2: y 60, one glyph (0, 0). End.
     const std::string body =
@@ -449,9 +272,9 @@ TEST(Text, BloatedRecordsInheritFontAndHeightAndApplyTheTextMatrix) {
         "8D 04 00 0A 14 1E 28 00 00 04 02 19 40 00"
         "82 3C 00 01 00 00"
         "00";
-    Tag tag(11, 9, body);
-    tag.in.SetScaling(1.0f);
-    movie.ParseDefineText(tag.in);
+    const auto in = TagReader(11, 9, body);
+    in->SetScaling(1.0f);
+    movie.ParseDefineText(*in);
     auto* text = dynamic_cast<flaTextGeometry*>(movie.GetCharacter(9));
     ASSERT_NE(text, nullptr);
     text->BuildBloated(movie);
@@ -462,52 +285,27 @@ TEST(Text, BloatedRecordsInheritFontAndHeightAndApplyTheTextMatrix) {
     EXPECT_EQ((*drawing.GetSubGeometry(1)->GetStrokeRecord(0).stroke)[1], flaPoint(10 + 100, 60 - 20));
     EXPECT_EQ(drawing.GetSubGeometry(0)->GetFillColorByIndex(0)->GetColor(), FLIO::flaRGBA(10, 20, 30, 255));
     EXPECT_EQ(drawing.GetSubGeometry(1)->GetFillColorByIndex(0)->GetColor(), FLIO::flaRGBA(0, 0, 0, 255));
+    const flaBoundingBox box = drawing.GetBBox();
+    EXPECT_EQ((std::vector<double>{box.xMin, box.xMax, box.yMin, box.yMax}), (std::vector<double>{100, 150, -30, 40}));
 
-    // Cut short anywhere, the body throws and leaves the drawing empty.
     const Bytes b = Hex(body);
     for (std::size_t cut = 0; cut + 1 < b.size(); ++cut) {
-        Tag shortTag(11, 10, ToHex(Bytes(b.begin(), b.begin() + static_cast<long>(cut))));
-        flaTextGeometry damaged(shortTag.in.GetWord(), shortTag.in);
+        const auto cutIn = TagReader(11, 10, ToHex(Bytes(b.begin(), b.begin() + static_cast<long>(cut))));
+        flaTextGeometry damaged(cutIn->GetWord(), *cutIn);
         EXPECT_THROW(damaged.BuildBloated(movie), flaRead::readError) << cut;
         EXPECT_EQ(damaged.getDrawing().GetSubGeometryCount(), 0u);
     }
-}
 
-// Glyph entries of zero bits: two bytes of record copy a glyph 255 times. A text
-// that would copy millions of points is refused.
-TEST(Text, BloatingStopsAtTheOutlinePointBudget) {
-    TextMovie movie(1, 100);
-    auto* font = new flaFont(4, fontInfo("F", false, false));
-    flaGlyphGeometry big;
-    auto* line = new flaStroke;
-    for (int i = 0; i < 20000; ++i) line->AddPoint(static_cast<float>(i), 0.0f);
-    flaSubGeometry* sub = big.AddChildGeometry();
-    sub->AddStroke(line, new flaStyle(flaStyle::Straight, nullptr, sub->CreateSolidColour({0, 0, 0, 255}, 0), nullptr));
-    font->addCode('A', &big, 0);
-    movie.AddFont(font);
-    const std::pair<const char*, bool> cases[] = {
-        {"88 04 00 00 04 FF 00", true},         // 255 copies of 20001 points
-        {"88 04 00 00 04 64 80 64 00", false},  // 200 copies in all
-        {"88 04 00 00 04 C8 80 C8 00", true},   // 400 copies over two records
+    const std::pair<const char*, bool> budget[] = {
+        {"88 05 00 00 04 FF 00", true},         // 255 copies of 20001 points
+        {"88 05 00 00 04 64 80 64 00", false},  // 200 copies in all
+        {"88 05 00 00 04 C8 80 C8 00", true},   // 400 copies over two records
     };
-    for (const auto& c : cases) {
-        Tag tag(11, 9, std::string("08 00 00 00 00 ") + c.first);
-        flaTextGeometry text(tag.in.GetWord(), tag.in);
-        if (c.second) EXPECT_THROW(text.BuildBloated(movie), flaRead::readError) << c.first;
-        else EXPECT_NO_THROW(text.BuildBloated(movie)) << c.first;
-        EXPECT_EQ(text.getDrawing().GetSubGeometryCount(), c.second ? 0u : 200u);
+    for (const auto& [records, refused] : budget) {
+        const auto bigIn = TagReader(11, 11, std::string("08 00 00 00 00 ") + records);
+        flaTextGeometry copies(bigIn->GetWord(), *bigIn);
+        if (refused) EXPECT_THROW(copies.BuildBloated(movie), flaRead::readError) << records;
+        else EXPECT_NO_THROW(copies.BuildBloated(movie)) << records;
+        EXPECT_EQ(copies.getDrawing().GetSubGeometryCount(), refused ? 0u : 200u);
     }
-}
-
-// Outlines copied through a matrix widen the bounds by the mapped points only: the
-// glyph's own coordinates (em units) must not leak into the text's bounds.
-TEST(Text, CopiedOutlinesBoundOnlyTheirMappedPoints) {
-    flaGlyphGeometry drawing;
-    flaMatrix m(0.5f, 0.0f, 0.0f, 0.5f, 100.0f, 200.0f);
-    const FLIO::flaRGBA red(255, 0, 0, 255);
-    drawing.copyStrokeData(*SampleGlyph(), &m, &red);
-    const flaBoundingBox b = drawing.GetBBox();
-    EXPECT_EQ((std::vector<double>{b.xMin, b.xMax, b.yMin, b.yMax}), (std::vector<double>{100, 105, 195, 200}));
-    ASSERT_EQ(drawing.GetSubGeometry(0)->GetFills().GetSize(), 1u);  // recoloured: one solid fill
-    EXPECT_EQ(drawing.GetSubGeometry(0)->GetFills()[0]->GetColor(), red);
 }

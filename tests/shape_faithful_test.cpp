@@ -13,7 +13,7 @@
 #include "flio/flaGeometry.h"
 #include "flio/flaRead.h"
 #include "io/flaFormat.h"
-#include "media_test_util.h"
+#include "test_util.h"
 
 using flio_test::Bytes;
 using flio_test::Hex;

@@ -243,7 +243,7 @@ Movie FractionalFrameRate() {
 
 std::vector<Movie> All() {
     return {SpriteFadedByColourTransforms(), SpriteReplacedInOneFrame(), ShortMainTimeline(), ClippedBitmapFills(),
-            FractionalFrameRate()};
+            FractionalFrameRate(), MultiRecordText()};
 }
 
 }  // namespace flio_handmade

@@ -28,6 +28,17 @@ Movie ClippedBitmapFills();
 // A movie at 12.5 frames per second (an 8.8 rate with a fraction).
 Movie FractionalFrameRate();
 
+// The ids and stage of the static-text movie.
+namespace text {
+const int kStageTwips = 11000;  // 550 pixels
+const int kFont2 = 1, kFont3 = 2, kText = 3, kText2 = 4;
+}  // namespace text
+// White stage; a DefineFont2 and a DefineFont3 font of one square glyph each; a
+// DefineText of three lines that sets its colour once, whose records inherit colour,
+// y and pen from the record before (one names a missing font, one a missing glyph);
+// a DefineText2 in half-transparent green on the DefineFont3 font.
+Movie MultiRecordText();
+
 std::vector<Movie> All();
 
 }  // namespace flio_handmade

@@ -1,14 +1,13 @@
 // Static text in faithful mode: a text's records keep, as players draw them, the
 // colour, the y offset and the pen of the record before; DefineText2 keeps its
 // alpha colours; DefineFont3's finer outlines draw at the size of DefineFont2's.
-// The movies are built by hand: the fonts written by the library's own font writer,
-// the text records through flaDump.
+// The movie is the hand-built one of handmade_movies.h, which the player also renders
+// (scripts/render_check.py).
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <memory>
@@ -20,120 +19,17 @@
 #include "flio/flaFont.h"
 #include "flio/flaRewrite.h"
 #include "flio/flaText.h"
+#include "handmade_movies.h"
 #include "swf_writer.h"
-#include "io/flaFormat.h"
 #include "swfcheck_util.h"
 
 using namespace flio_test;
 
 namespace {
 
-const int kStageTwips = 11000;  // 550 pixels
-const int kSide = 400;          // the square glyph's side, in DefineFont2's units (1024 per em)
-const int kAdvance = 500;       // twips, at the height of the tests (1024 twips: one unit one twip)
-const int kFont2 = 1, kFont3 = 2, kText = 3, kText2 = 4;
+using namespace flio_handmade::text;
 
-// One font with one square glyph, 'A': (0, 0) to (side, -side), as the library's
-// font writer writes it (DefineFont2). A DefineFont3 gets the body of one with
-// twenty times the side, under its own code.
-Bytes SquareFontTag(int id, bool font3) {
-    flaGlyphGeometry glyph;
-    flaSubGeometry* sub = glyph.AddChildGeometry();
-    const flaColor* fill = sub->CreateSolidColour(FLIO::flaRGBA(0, 0, 0, 255), 0);
-    const float s = static_cast<float>(kSide) / 20.0f * (font3 ? 20.0f : 1.0f);  // twips on a 1-pixel stage
-    auto* square = new flaStroke;
-    for (const flaPoint& p : {flaPoint(0, 0), flaPoint(s, 0), flaPoint(s, -s), flaPoint(0, -s), flaPoint(0, 0)})
-        square->AddPoint(p);
-    sub->AddStroke(square, new flaStyle(flaStyle::Straight, nullptr, fill, nullptr));
-    flaFont font(id, fontInfo("Square", false, false));
-    font.addCode('A', &glyph, 0.0f);
-    flaDump dump(1, nullptr);
-    font.DumpCharacterInFile(dump);
-    Bytes tag = Flushed(dump);
-    if (font3) {
-        const std::uint16_t header = flaFormat::LongHeaderWord(flaFormat::DefineFont3);
-        tag[0] = static_cast<unsigned char>(header & 0xFF), tag[1] = static_cast<unsigned char>(header >> 8);
-    }
-    return tag;
-}
-
-// A text record: what it sets (no font when font < 0, no colour when a < 0, x and y
-// only when given) and its glyphs, each the square with the one advance.
-struct Record {
-    int font = -1, height = 1024;
-    int r = 0, g = 0, b = 0, a = -1;
-    bool hasX = false, hasY = false;
-    int x = 0, y = 0;
-    std::vector<int> glyphs{0};  // glyph indices
-
-    Record& Font(int id) { return font = id, *this; }
-    Record& Colour(int r_, int g_, int b_, int a_ = 255) { return r = r_, g = g_, b = b_, a = a_, *this; }
-    Record& X(int v) { return hasX = true, x = v, *this; }
-    Record& Y(int v) { return hasY = true, y = v, *this; }
-    Record& Glyphs(int n) { return glyphs.assign(static_cast<std::size_t>(n), 0), *this; }
-    Record& Indices(std::vector<int> indices) { return glyphs = std::move(indices), *this; }
-};
-
-// DefineText (or DefineText2, whose colours have alpha) body after the id: bounds,
-// the text matrix (a translation, in twips), glyph and advance bit counts, records.
-void TextBody(flaDump& d, bool text2, int tx, int ty, const std::vector<Record>& records) {
-    d.DataRect(0, kStageTwips, 0, 8000);
-    d.PadLastByte();
-    d.Bit(false), d.Bit(false), d.Bits(16, 5), d.Bits(static_cast<std::uint32_t>(tx), 16),
-        d.Bits(static_cast<std::uint32_t>(ty), 16);
-    d.PadLastByte();
-    d.DataU8(1), d.DataU8(12);
-    namespace TR = flaFormat::TextRecord;
-    for (const Record& rec : records) {
-        d.DataU8(static_cast<unsigned char>(TR::Type | (rec.font >= 0 ? TR::HasFont : 0) |
-                                            (rec.a >= 0 ? TR::HasColor : 0) | (rec.hasY ? TR::HasYOffset : 0) |
-                                            (rec.hasX ? TR::HasXOffset : 0)));
-        if (rec.font >= 0) d.DataU16(static_cast<unsigned short>(rec.font));
-        if (rec.a >= 0) {
-            for (int c : {rec.r, rec.g, rec.b}) d.DataU8(static_cast<unsigned char>(c));
-            if (text2) d.DataU8(static_cast<unsigned char>(rec.a));
-        }
-        if (rec.hasX) d.DataS16(static_cast<short>(rec.x));
-        if (rec.hasY) d.DataS16(static_cast<short>(rec.y));
-        if (rec.font >= 0) d.DataU16(static_cast<unsigned short>(rec.height));
-        d.DataU8(static_cast<unsigned char>(rec.glyphs.size()));
-        for (int index : rec.glyphs) d.Bits(static_cast<std::uint32_t>(index), 1), d.Bits(kAdvance, 12);
-        d.PadLastByte();
-    }
-    d.DataU8(0);
-}
-
-// Three lines in one DefineText that sets its colour once: a record that gives
-// nothing continues the line in red; a new line gives only x and y; a record gives
-// only a colour; one gives only y (the pen keeps its x); one names a missing font
-// and the last names the font again, with a glyph it does not have first. As the
-// player draws it, what is missing neither draws nor moves the pen.
-std::vector<Record> MultiLineRecords() {
-    return {Record().Font(kFont2).Colour(200, 0, 0).X(400).Y(1000).Glyphs(2),
-            Record(),
-            Record().X(400).Y(2000).Glyphs(2),
-            Record().Colour(0, 0, 200),
-            Record().Y(3000),
-            Record().Font(99),
-            Record().Font(kFont2).Indices({1, 0})};
-}
-
-// The hand-built movie: white stage, both fonts, the multi-line DefineText and a
-// DefineText2 (half-transparent green, on the DefineFont3 font, moved by its text
-// matrix), both placed.
-Bytes HandBuiltMovie() {
-    SwfWriter w(1, 24 << 8, kStageTwips, 8000);
-    w.Tag(flaFormat::SetBackgroundColor, Hex("FF FF FF"));
-    for (const Bytes& tag : {SquareFontTag(kFont2, false), SquareFontTag(kFont3, true)})
-        for (unsigned char b : tag) w.Byte(b);
-    w.Open(flaFormat::DefineText).Word(kText);
-    TextBody(w.Out(), false, 0, 0, MultiLineRecords());
-    w.Close();
-    w.Open(flaFormat::DefineText2).Word(kText2);
-    TextBody(w.Out(), true, 300, 4000, {Record().Font(kFont3).Colour(0, 160, 0, 128).X(100).Y(1000).Glyphs(3)});
-    w.Close();
-    return w.Place(kText, 1).Place(kText2, 2).ShowFrame().Finish();
-}
+Bytes HandBuiltMovie() { return flio_handmade::MultiRecordText().bytes; }
 
 struct TextMovie : ImportMovie {
     explicit TextMovie(bool faithful) {
@@ -240,15 +136,10 @@ TEST(FaithfulText, Text2OnFont3KeepsAlphaAndSizeThroughTwoCycles) {
               (std::vector<std::string>{"400,5000 0,160,0,128 side 400x400", "900,5000 0,160,0,128 side 400x400",
                                         "1400,5000 0,160,0,128 side 400x400"}));
 
-    // The hand-built movie stays in the run's folder for the player
-    // (scripts/render_check.py), and in $FLIO_TEST_KEEP_DIR when that is set.
     const std::string original = RunDir() + "text_faithful_records.swf";
     const Bytes a = HandBuiltMovie();
     std::ofstream(original, std::ios::binary).write(reinterpret_cast<const char*>(a.data()),
                                                     static_cast<std::streamsize>(a.size()));
-    if (const char* keep = std::getenv("FLIO_TEST_KEEP_DIR"))
-        std::ofstream(std::string(keep) + "/text_faithful_records.swf", std::ios::binary)
-            .write(reinterpret_cast<const char*>(a.data()), static_cast<std::streamsize>(a.size()));
     const Bytes b = RoundTrip(a, RunDir() + "text_faithful_records_b.swf");
     const Bytes c = RoundTrip(b, RunDir() + "text_faithful_records_c.swf");
     EXPECT_EQ(b, c);

@@ -58,45 +58,79 @@ flaRead::flaRead(std::istream& in) {
     limit = containerEnd = size;
 }
 
-flaRead::~flaRead() { delete[] buffer; }
+flaRead::flaRead(const void* data, std::size_t size_, InPlace) {
+    Init();
+    if (size_ > UINT32_MAX) throw readError("SWF image larger than 4 GB");
+    const auto* raw = static_cast<const unsigned char*>(data);
+    const auto n = static_cast<std::uint32_t>(size_);
+    if (n >= 9 && raw[0] == 'C') {
+        InflateImage(raw, n);
+    } else {
+        buffer = const_cast<unsigned char*>(raw);  // only ever read
+        ownsBuffer = false;
+        size = n;
+    }
+    limit = containerEnd = size;
+}
+
+flaRead::~flaRead() {
+    if (ownsBuffer) delete[] buffer;
+}
 
 void flaRead::LoadFromStream(std::istream& in) {
     in.seekg(0, std::ios::end);
     const std::streamoff end = in.tellg();
     in.seekg(0, std::ios::beg);
     if (end < 0 || end > static_cast<std::streamoff>(UINT32_MAX)) throw readError("SWF stream has no usable size");
-    std::vector<unsigned char> raw(static_cast<std::size_t>(end));
-    if (!raw.empty() && !in.read(reinterpret_cast<char*>(raw.data()), static_cast<std::streamsize>(raw.size())))
+    const auto n = static_cast<std::uint32_t>(end);
+    std::unique_ptr<unsigned char[]> raw(new unsigned char[n ? n : 1]);
+    if (n && !in.read(reinterpret_cast<char*>(raw.get()), static_cast<std::streamsize>(n)))
         throw readError("SWF stream could not be read");
+    TakeImage(raw.release(), n);
+}
 
-    if (raw.size() < 9 || raw[0] != 'C') {
-        size = static_cast<std::uint32_t>(raw.size());
-        buffer = new unsigned char[size ? size : 1];
-        if (size) std::memcpy(buffer, raw.data(), size);
+void flaRead::TakeImage(unsigned char* raw, std::uint32_t rawSize) {
+    if (rawSize < 9 || raw[0] != 'C') {  // kept as read
+        buffer = raw;
+        size = rawSize;
         return;
     }
+    std::unique_ptr<unsigned char[]> compressed(raw);
+    InflateImage(raw, rawSize);
+}
 
-    // Compressed: inflate everything after the 8-byte header. The output grows with
-    // what the data really produces, up to the announced length and never beyond it.
+void flaRead::InflateImage(const unsigned char* raw, std::uint32_t rawSize) {
+    // Everything after the 8-byte header is inflated, straight into the image. The
+    // image grows with what the data really produces, up to the announced length
+    // and never beyond it: a small file that announces a huge length costs only
+    // what it inflates to.
     const std::uint32_t announced = static_cast<std::uint32_t>(raw[4]) | (static_cast<std::uint32_t>(raw[5]) << 8) |
                                     (static_cast<std::uint32_t>(raw[6]) << 16) |
                                     (static_cast<std::uint32_t>(raw[7]) << 24);
     if (announced < 8) throw dekompressError();
-    const std::size_t wanted = announced - 8u;
-    std::vector<unsigned char> out;
-    out.resize(std::min<std::size_t>(wanted, std::max<std::size_t>(raw.size() * 4, 1 << 16)));
+    std::size_t capacity = std::min<std::size_t>(announced, std::max<std::size_t>(std::size_t{rawSize} * 4, 1u << 18));
+    std::unique_ptr<unsigned char[]> image(new unsigned char[capacity]);
+    image[0] = 'F';
+    image[1] = 'W';
+    image[2] = 'S';
+    std::memcpy(image.get() + 3, raw + 3, 5);
+
     z_stream zs{};
     if (inflateInit(&zs) != Z_OK) throw dekompressError();
-    zs.next_in = raw.data() + 8;
-    zs.avail_in = static_cast<uInt>(raw.size() - 8);
-    std::size_t produced = 0;
+    zs.next_in = const_cast<unsigned char*>(raw + 8);
+    zs.avail_in = rawSize - 8;
+    std::size_t produced = 8;
     for (;;) {
-        if (produced == out.size()) {
-            if (out.size() == wanted) break;
-            out.resize(std::min<std::size_t>(wanted, out.size() * 2));
+        if (produced == capacity) {
+            if (capacity == announced) break;
+            const std::size_t bigger = std::min<std::size_t>(announced, capacity * 2);
+            std::unique_ptr<unsigned char[]> grown(new unsigned char[bigger]);
+            std::memcpy(grown.get(), image.get(), produced);
+            image = std::move(grown);
+            capacity = bigger;
         }
-        zs.next_out = out.data() + produced;
-        const std::size_t room = std::min<std::size_t>(out.size() - produced, 1u << 30);
+        zs.next_out = image.get() + produced;
+        const std::size_t room = std::min<std::size_t>(capacity - produced, 1u << 30);
         zs.avail_out = static_cast<uInt>(room);
         const int rc = inflate(&zs, Z_NO_FLUSH);
         produced += room - zs.avail_out;
@@ -104,18 +138,15 @@ void flaRead::LoadFromStream(std::istream& in) {
         if (rc != Z_OK && !(rc == Z_BUF_ERROR && zs.avail_out == 0)) break;
     }
     inflateEnd(&zs);
-    if (produced != wanted) throw dekompressError();
-
+    if (produced != announced) throw dekompressError();
+    buffer = image.release();
     size = announced;
-    buffer = new unsigned char[size];
-    buffer[0] = 'F';
-    buffer[1] = 'W';
-    buffer[2] = 'S';
-    std::memcpy(buffer + 3, raw.data() + 3, 5);
-    if (produced) std::memcpy(buffer + 8, out.data(), produced);
 }
 
-void flaRead::SetFileBuffer(unsigned char* b) { buffer = b; }
+void flaRead::SetFileBuffer(unsigned char* b) {
+    buffer = b;
+    ownsBuffer = true;  // released by the destructor, as an image of the reader's own
+}
 
 void flaRead::Need(std::uint32_t n, const char* what) {
     if (position > limit || limit - position < n)

@@ -20,13 +20,14 @@ const std::int32_t kMinFileLength = 21;
 
 }  // namespace
 
-bool flaMovie::ReadMovieFromFile(const PL_FileSpec& file, Progress* progress) {
-    if (!file.IsValid() || !file.IsFile()) return false;
-    std::ifstream in(file.GetFilePath().utf8(), std::ios::in | std::ios::binary);
-    if (!in.good()) return false;
+namespace {
+
+// Runs an import as a file import runs: every exception ends in a line on standard
+// error and false.
+template <typename Import>
+bool Catching(Import&& import) {
     try {
-        flaRead reader(in);
-        return ReadMovie(reader, progress);
+        return import();
     } catch (const flaRead::dekompressError&) {
         std::fprintf(stderr, "Compressed SWF could not be decompressed\n");
     } catch (...) {
@@ -35,9 +36,28 @@ bool flaMovie::ReadMovieFromFile(const PL_FileSpec& file, Progress* progress) {
     return false;
 }
 
+}  // namespace
+
+bool flaMovie::ReadMovieFromFile(const PL_FileSpec& file, Progress* progress) {
+    if (!file.IsValid() || !file.IsFile()) return false;
+    std::ifstream in(file.GetFilePath().utf8(), std::ios::in | std::ios::binary);
+    if (!in.good()) return false;
+    return Catching([&] {
+        flaRead reader(in);
+        return ReadMovie(reader, progress);
+    });
+}
+
 bool flaMovie::ReadMovieFromBuffer(const unsigned char* data, int size, Progress* progress) {
     flaRead reader(size, data);
     return ReadMovie(reader, progress);
+}
+
+bool flaMovie::ReadMovieFromMemory(const unsigned char* data, std::size_t size, Progress* progress) {
+    return Catching([&] {
+        flaRead reader(data, size, flaRead::InPlace{});
+        return ReadMovie(reader, progress);
+    });
 }
 
 bool flaMovie::ReadMovie(flaRead& reader, Progress* progress) {

@@ -38,8 +38,8 @@ Bytes Compress(const Bytes& file) {
 }
 
 // A damaged file is refused with one line: on standard output from a buffer (which
-// takes only "FWS"), on standard error from a file (which inflates "CWS" and catches
-// what the buffer import throws).
+// takes only "FWS"), on standard error from a file or from memory read in place
+// (which inflate "CWS" and catch what the buffer import throws).
 TEST(Import, DamagedFilesAreRefusedWithOneLine) {
     const Bytes good = SwfWriter().Finish();
     Bytes length20 = good, truncated = good;
@@ -67,6 +67,12 @@ TEST(Import, DamagedFilesAreRefusedWithOneLine) {
         EXPECT_EQ(c.fromFile ? testing::internal::GetCapturedStderr() : testing::internal::GetCapturedStdout(),
                   c.message);
         EXPECT_EQ(Nums(ok, movie.GetFrameCount()), *c.message ? "0,0" : "1,2") << ToHex(c.file);
+        if (!c.fromFile) continue;
+        ImportMovie inMemory;  // the same image read where it lies: as from the file
+        testing::internal::CaptureStderr();
+        const bool read = inMemory.ReadMovieFromMemory(c.file.data(), c.file.size(), nullptr);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), c.message);
+        EXPECT_EQ(Nums(read, inMemory.GetFrameCount()), Nums(ok, movie.GetFrameCount())) << ToHex(c.file);
     }
     ImportMovie movie;  // no name, no such file, a directory
     for (const std::string& name : {std::string(), std::string("/nonexistent/flio.swf"), RunDir()})

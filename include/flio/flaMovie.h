@@ -5,6 +5,7 @@
 // itself as an SWF file (DumpMovieToFile).
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <list>
 #include <memory>
@@ -189,6 +190,11 @@ public:
     // A progress callback that returns false ends the import early (result true).
     bool ReadMovieFromFile(const PL_FileSpec& file, Progress* progress);
     bool ReadMovieFromBuffer(const unsigned char* data, int size, Progress* progress);
+    // A file image held in memory, read where it lies: an uncompressed image is not
+    // copied (it must stay alive and unchanged until the call returns; the movie
+    // keeps no pointer into it), a compressed one is inflated as a file's is.
+    // Messages and errors as for ReadMovieFromFile.
+    bool ReadMovieFromMemory(const unsigned char* data, std::size_t size, Progress* progress);
 
     // Collects every placement of every frame into map at that level (sprites'
     // contents one level deeper, once per sprite).

@@ -10,6 +10,7 @@
 // flaRead::readError instead.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <iosfwd>
 #include <memory>
@@ -65,6 +66,12 @@ public:
     explicit flaRead(std::istream& in);
     // A copy of size bytes at data (uninitialised bytes when data is null); never inflates.
     flaRead(int size, const void* data);
+    // A file image in memory, read where it lies: an uncompressed image is not
+    // copied, so data must stay alive and unchanged for as long as the reader reads
+    // it (the reader never releases it); a compressed one ('C' first) is inflated
+    // into memory of the reader's own, as the stream constructor inflates.
+    struct InPlace {};
+    flaRead(const void* data, std::size_t size, InPlace);
     flaRead(const flaRead&) = delete;
     flaRead& operator=(const flaRead&) = delete;
     ~flaRead();
@@ -171,6 +178,8 @@ public:
     void InitBits() { bitsLeft = 0; }
 
 private:
+    friend class flaBitCursor;  // the fast bit reader of long record runs
+
     void Init();
     void Need(std::uint32_t n, const char* what);  // throws unless n bytes may be read
     void ResetBits() {
@@ -178,6 +187,11 @@ private:
         bitBuffer = 0;
     }
     void LoadFromStream(std::istream& in);
+    // Takes raw (size bytes, array-new) as the file image: a compressed one is
+    // inflated into a new buffer and raw released.
+    void TakeImage(unsigned char* raw, std::uint32_t rawSize);
+    // Inflates the compressed image at raw into a buffer of the reader's own.
+    void InflateImage(const unsigned char* raw, std::uint32_t rawSize);
 
     std::uint32_t version = 0;
     std::uint32_t tagStart = 0;
@@ -188,6 +202,7 @@ private:
     std::uint32_t bitBuffer = 0;
     std::uint32_t size = 0;
     unsigned char* buffer = nullptr;
+    bool ownsBuffer = true;  // false while the buffer is the caller's (InPlace)
     float scaling = 1.0f;
     bool faithful = false;
 

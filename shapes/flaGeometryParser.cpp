@@ -5,22 +5,8 @@
 
 #include "flio/flaGeometry.h"
 #include "flio/flaRead.h"
-#include "io/flaConvert.h"
-#include "io/flaFormat.h"
-
-namespace {
-
-namespace ShapeRecord = flaFormat::ShapeRecord;
-
-// Pen arithmetic that cannot overflow on hostile data: the pen saturates instead.
-int AddClamped(int a, std::int32_t b) {
-    const std::int64_t s = static_cast<std::int64_t>(a) + b;
-    if (s > INT32_MAX) return INT32_MAX;
-    if (s < INT32_MIN) return INT32_MIN;
-    return static_cast<int>(s);
-}
-
-}  // namespace
+#include "shapes/flaShapeDecoder.h"
+#include "shapes/flaShapeRecords.h"
 
 // ---- parser state ----
 
@@ -55,77 +41,44 @@ void flaGeometryCurrentParserVariable::AddStrokeToGeometry() {
 
 // ---- shape records ----
 
+namespace {
+
+// The record grammar's path interface over the parser state.
+struct ParserPaths {
+    flaGeometry& geometry;
+    flaGeometryCurrentParserVariable& st;
+    bool withAlpha;
+
+    void EndPath() { st.AddStrokeToGeometry(); }
+    void StartPath(int x, int y) {
+        st.NewStroke();
+        Point(x, y);
+    }
+    void Point(int x, int y) { st.AddPointToStroke(static_cast<float>(x), static_cast<float>(y)); }
+    std::size_t PathPoints() const { return st.StrokePointCount(); }
+    flaStyle::EdgeType Edge() const { return st.EdgeStyle(); }
+    void SetEdge(flaStyle::EdgeType e) { st.SetEdgeStyle(e); }
+    unsigned FillBits() const { return static_cast<unsigned>(st.GetFillBits()); }
+    unsigned LineBits() const { return static_cast<unsigned>(st.GetLineBits()); }
+    void SetStyleBits(unsigned fill, unsigned line) {
+        st.SetFillAndLineBits(static_cast<int>(fill), static_cast<int>(line));
+    }
+    void SetLeft(int i) { st.SetLeftColour(i); }
+    void SetRight(int i) { st.SetRightColour(i); }
+    void SetLine(int i) { st.SetLineColour(i); }
+    void NewStyles(flaRead& reader) {
+        flaSubGeometry* sub = geometry.AddChildGeometry();
+        st.SetSubGeometry(sub);
+        sub->ParseShapeStyle(withAlpha, reader, geometry.GetId(), geometry.GetVersion());
+    }
+};
+
+}  // namespace
+
 bool flaGeometry::ParseShapeRecord(int& x, int& y, bool alpha, flaRead& in, flaGeometryCurrentParserVariable& st) {
-    if (in.GetBits(1) == 0) {
-        // Style change (or the end of the shape).
-        st.AddStrokeToGeometry();
-        const std::uint32_t flags = in.GetBits(5);
-        if (flags == 0) return true;
-        if (flags & ShapeRecord::MoveTo) {
-            const long moveBits = static_cast<long>(in.GetBits(5));
-            x = in.GetSBits(moveBits);
-            y = in.GetSBits(moveBits);
-        }
-        st.NewStroke();
-        st.AddPointToStroke(static_cast<float>(x), static_cast<float>(y));
-        if (flags & ShapeRecord::FillStyle0) st.SetLeftColour(static_cast<int>(in.GetBits(st.GetFillBits())));
-        if (flags & ShapeRecord::FillStyle1) st.SetRightColour(static_cast<int>(in.GetBits(st.GetFillBits())));
-        if (flags & ShapeRecord::LineStyle) st.SetLineColour(static_cast<int>(in.GetBits(st.GetLineBits())));
-        if (flags & ShapeRecord::NewStyles) {
-            flaSubGeometry* sub = AddChildGeometry();
-            st.SetSubGeometry(sub);
-            sub->ParseShapeStyle(alpha, in, id, version);
-            in.InitBits();  // the bit counts start on a fresh byte after the arrays
-            const int fillBits = static_cast<int>(in.GetBits(4));
-            const int lineBits = static_cast<int>(in.GetBits(4));
-            st.SetFillAndLineBits(fillBits, lineBits);
-        }
-        return false;
-    }
-
-    if (in.GetBits(1) == 1) {
-        // Straight edge.
-        const long bits = static_cast<long>(in.GetBits(4)) + ShapeRecord::EdgeBitsBias;
-        if (st.EdgeStyle() == flaStyle::Curved) {
-            st.AddStrokeToGeometry();
-            st.NewStroke();
-            st.AddPointToStroke(static_cast<float>(x), static_cast<float>(y));
-        }
-        st.SetEdgeStyle(flaStyle::Straight);
-        std::int32_t dx = 0, dy = 0;
-        if (in.GetBits(1)) {
-            dx = in.GetSBits(bits);
-            dy = in.GetSBits(bits);
-        } else if (in.GetBits(1)) {
-            dy = in.GetSBits(bits);
-        } else {
-            dx = in.GetSBits(bits);
-        }
-        x = AddClamped(x, dx);
-        y = AddClamped(y, dy);
-        st.AddPointToStroke(static_cast<float>(x), static_cast<float>(y));
-        return false;
-    }
-
-    // Curved edge: start (the pen), control, anchor.
-    const long bits = static_cast<long>(in.GetBits(4)) + ShapeRecord::EdgeBitsBias;
-    if (st.EdgeStyle() != flaStyle::Curved) {
-        st.AddStrokeToGeometry();
-        st.NewStroke();
-        st.AddPointToStroke(static_cast<float>(x), static_cast<float>(y));
-    }
-    st.SetEdgeStyle(flaStyle::Curved);
-    const int startX = x, startY = y;
-    const std::int32_t cdx = in.GetSBits(bits), cdy = in.GetSBits(bits);
-    const int controlX = AddClamped(startX, cdx), controlY = AddClamped(startY, cdy);
-    const std::int32_t adx = in.GetSBits(bits), ady = in.GetSBits(bits);
-    x = AddClamped(controlX, adx);
-    y = AddClamped(controlY, ady);
-    // Every segment carries its own start, except the first, whose start is there.
-    if (st.StrokePointCount() != 1) st.AddPointToStroke(static_cast<float>(startX), static_cast<float>(startY));
-    st.AddPointToStroke(static_cast<float>(controlX), static_cast<float>(controlY));
-    st.AddPointToStroke(static_cast<float>(x), static_cast<float>(y));
-    return false;
+    flaShapeRecords::ReaderBits bits{in};
+    ParserPaths paths{*this, st, alpha};
+    return flaShapeRecords::Read(bits, paths, x, y);
 }
 
 // ---- decoding a stored shape ----
@@ -151,13 +104,9 @@ void flaGeometry::BuildBloated() {
         first->ParseShapeStyle(withAlpha, *reader, id, version);
         const unsigned int bits = reader->GetByte();
 
-        flaGeometryCurrentParserVariable state(*this, reader->GetScaling(), first);
-        state.SetFillAndLineBits(static_cast<int>(bits >> 4), static_cast<int>(bits & 0x0Fu));
-        int x = 0, y = 0;
-        while (!ParseShapeRecord(x, y, withAlpha, *reader, state)) {
-        }
-        if (hasTransformation)
-            for (flaSubGeometry* s : subGeometries) s->Transform(transformation);
+        flaShapeDecoder decoder(*this, first, reader->GetScaling(), hasTransformation ? &transformation : nullptr,
+                                withAlpha);
+        decoder.Run(*reader, bits >> 4, bits & 0x0Fu);
         isBloated = 1;
     } catch (...) {
         DestroyBloated();

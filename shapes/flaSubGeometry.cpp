@@ -1,9 +1,28 @@
 // The in-memory model of one shape layer: strokes, styles and colours.
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <unordered_map>
 
 #include "flio/flaGeometry.h"
+
+// A block of strokes with their styles, filled up to the capacity it was made
+// with so that nothing in it ever moves; the full blocks before it hang behind.
+struct flaSubGeometry::OwnStorage {
+    struct Entry {
+        explicit Entry(const flaStyle& s) : style(s) {}
+        flaStroke stroke;
+        flaStyle style;
+    };
+    std::vector<Entry> entries;
+    std::unique_ptr<OwnStorage> older;
+
+    bool Contains(const void* p) const {
+        const std::less<const void*> before;
+        const Entry* first = entries.data();
+        return !before(p, first) && before(p, first + entries.size());
+    }
+};
 
 flaSubGeometry::flaSubGeometry(flaGeometry* owner, int fillBase, int lineBase)
     : geometry(owner), fillIndexBase(fillBase), lineIndexBase(lineBase) {}
@@ -11,11 +30,25 @@ flaSubGeometry::flaSubGeometry(flaGeometry* owner, int fillBase, int lineBase)
 flaSubGeometry::~flaSubGeometry() { DeleteStrokes(); }
 
 void flaSubGeometry::DeleteStrokes() {
-    for (StrokeRecord& r : strokes) {
-        delete r.stroke;
-        delete r.style;
+    // What lies in the layer's own blocks is freed with them; the rest was handed
+    // over and is deleted. Consecutive records mostly lie in one block.
+    const OwnStorage* hit = own.get();
+    auto held = [this, &hit](const void* p) {
+        if (hit && hit->Contains(p)) return true;
+        for (const OwnStorage* b = own.get(); b; b = b->older.get())
+            if (b->Contains(p)) {
+                hit = b;
+                return true;
+            }
+        return false;
+    };
+    for (const StrokeRecord& r : strokes) {
+        if (r.stroke && !held(r.stroke)) delete r.stroke;
+        if (r.style && !held(r.style)) delete r.style;
     }
     strokes.clear();
+    // Iteratively, so that a long chain of blocks needs no deep recursion.
+    while (own) own = std::move(own->older);
 }
 
 void flaSubGeometry::WidenBounds(const flaStroke& stroke) {
@@ -30,6 +63,24 @@ void flaSubGeometry::AppendStroke(flaStroke* stroke, flaStyle* style, int fill0,
     ownedStroke.release();
     ownedStyle.release();
     if (stroke) WidenBounds(*stroke);
+}
+
+flaStroke& flaSubGeometry::AppendOwnStroke(const flaPoint* points, std::size_t n, const flaStyle& style, int fill0,
+                                           int fill1, int line) {
+    if (!own || own->entries.size() == own->entries.capacity()) {
+        // Blocks double, from a few strokes (a glyph's) to a few thousand.
+        const std::size_t capacity = own ? std::min<std::size_t>(own->entries.capacity() * 2, 4096) : 4;
+        auto block = std::make_unique<OwnStorage>();
+        block->entries.reserve(capacity);
+        block->older = std::move(own);
+        own = std::move(block);
+    }
+    if (strokes.capacity() == strokes.size()) strokes.reserve(strokes.empty() ? 4 : strokes.size() * 2);
+    own->entries.emplace_back(style);
+    OwnStorage::Entry& entry = own->entries.back();
+    entry.stroke.GetPoints().assign(points, points + n);
+    strokes.push_back(StrokeRecord{&entry.stroke, &entry.style, fill0, fill1, line});
+    return entry.stroke;
 }
 
 void flaSubGeometry::AddStroke(flaStroke* stroke, flaStyle* style) {
@@ -113,9 +164,11 @@ void flaSubGeometry::resetColor(const FLIO::flaRGBA* colour) {
     const flaColor* solid = CreateSolidColour(colour ? *colour : FLIO::flaRGBA(0, 0, 0, 255), 0);
     for (StrokeRecord& r : strokes) {
         const flaStyle::EdgeType edge = r.style ? r.style->edgeType() : flaStyle::Straight;
-        auto* style = new flaStyle(edge, nullptr, solid, nullptr);
-        delete r.style;
-        r.style = style;
+        const flaStyle style(edge, nullptr, solid, nullptr);
+        if (r.style)
+            *r.style = style;
+        else
+            r.style = new flaStyle(style);
         r.fill0Index = 0;
         r.fill1Index = 1;
     }
@@ -129,6 +182,10 @@ void flaSubGeometry::Transform(const flaMatrix& m) {
             if (geometry) geometry->UpdateBBox(p);
         }
     }
+    TransformColours(m);
+}
+
+void flaSubGeometry::TransformColours(const flaMatrix& m) {
     for (unsigned int i = 0; i < fills.GetSize(); ++i) fills[i]->Transform(m);
     for (unsigned int i = 0; i < lines.GetSize(); ++i) lines[i]->Transform(m);
 }
@@ -151,10 +208,12 @@ void flaSubGeometry::CopyStrokesFrom(const flaSubGeometry& source, const flaMatr
         const flaColor* left = s ? copyOf(s->LeftColor(), fills) : nullptr;
         const flaColor* right = s ? copyOf(s->RightColor(), fills) : nullptr;
         const flaColor* line = s ? copyOf(s->LineColor(), lines) : nullptr;
-        auto stroke = r.stroke ? std::make_unique<flaStroke>(*r.stroke) : std::make_unique<flaStroke>();
+        const flaPoint* points = r.stroke ? r.stroke->GetPoints().data() : nullptr;
+        flaStroke& stroke = AppendOwnStroke(points, r.stroke ? r.stroke->GetSize() : 0,
+                                            flaStyle(edge, left, right, line), fills.IndexOf(left),
+                                            fills.IndexOf(right), lines.IndexOf(line));
         if (m)
-            for (flaPoint& p : stroke->GetPoints()) m->TransformInPlace(p);
-        auto style = std::make_unique<flaStyle>(edge, left, right, line);
-        AddStroke(stroke.release(), style.release());
+            for (flaPoint& p : stroke.GetPoints()) m->TransformInPlace(p);
+        WidenBounds(stroke);
     }
 }

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <string>
 #include <utility>
 #include <vector>
@@ -65,6 +66,50 @@ flaBoundingBox BoundsAfterId(flaRead& in) {
     return b;
 }
 
+// A shape decoded record by record through ParseShapeRecord, and then transformed:
+// what BuildBloated's one-pass decoder must give.
+struct RecordByRecord : flaGeometry {
+    RecordByRecord(int id, flaRead& in, bool alpha, flaShape::ShapeVersion v, const flaMatrix& m)
+        : flaGeometry(id, in, alpha, v) {
+        flaRead& r = *GetStoredReader();
+        SRECT bounds;
+        r.GetRect(&bounds);
+        if (v == flaShape::DefineShape4) {
+            r.GetRect(&bounds);
+            r.GetByte();
+        }
+        flaSubGeometry* first = AddChildGeometry();
+        first->ParseShapeStyle(alpha, r, id, v);
+        const unsigned bits = r.GetByte();
+        flaGeometryCurrentParserVariable state(*this, r.GetScaling(), first);
+        state.SetFillAndLineBits(static_cast<int>(bits >> 4), static_cast<int>(bits & 15));
+        int x = 0, y = 0;
+        while (!ParseShapeRecord(x, y, alpha, r, state)) {
+        }
+        Transform(m);
+    }
+};
+
+// Layers, records, indices, edge types and points (bit for bit) and bounds alike.
+std::string FirstDifference(const flaGeometry& a, const flaGeometry& b) {
+    if (a.GetSubGeometryCount() != b.GetSubGeometryCount()) return "layer count";
+    for (std::size_t s = 0; s < a.GetSubGeometryCount(); ++s) {
+        const flaSubGeometry &x = *a.GetSubGeometry(s), &y = *b.GetSubGeometry(s);
+        if (x.GetStrokeCount() != y.GetStrokeCount()) return "stroke count of layer " + std::to_string(s);
+        for (std::size_t i = 0; i < x.GetStrokeCount(); ++i) {
+            const auto &p = x.GetStrokeRecord(i), &q = y.GetStrokeRecord(i);
+            const auto& pp = p.stroke->GetPoints();
+            const auto& qp = q.stroke->GetPoints();
+            if (p.fill0Index != q.fill0Index || p.fill1Index != q.fill1Index || p.lineIndex != q.lineIndex ||
+                p.style->edgeType() != q.style->edgeType() || pp.size() != qp.size() ||
+                std::memcmp(pp.data(), qp.data(), pp.size() * sizeof(flaPoint)) != 0)
+                return "record " + std::to_string(i) + " of layer " + std::to_string(s);
+        }
+    }
+    const flaBoundingBox u = a.GetBBox(), v = b.GetBBox();
+    return u.xMin == v.xMin && u.xMax == v.xMax && u.yMin == v.yMin && u.yMax == v.yMax ? "" : "bounds";
+}
+
 struct CorpusMovie : flaMovie {
     CorpusMovie() : flaMovie(550, 400) {}
     using flaMovie::ParseDefineFont;
@@ -96,9 +141,20 @@ TEST(ShapeCorpus, EveryShapeDecodesWithinItsBounds) {
         SCOPED_TRACE(file);
         WalkShapeTags(*in, [&](flaShape::ShapeVersion version, bool alpha, flaRead& r) {
             const flaBoundingBox bounds = BoundsAfterId(r);
+            const unsigned long at = r.GetPosition();
             flaGeometry g(r.GetWord(), r, alpha, version);
             ASSERT_NO_THROW(g.BuildBloated()) << "shape " << g.GetId();
             ++shapes;
+            // The one-pass decoder gives what the record-by-record parser gives,
+            // with a transformation as without.
+            const flaMatrix m(0.8f, 0.3f, -0.2f, 1.1f, 0.25f, -0.5f);
+            r.Seek(at);
+            flaGeometry moved(r.GetWord(), r, alpha, version);
+            moved.SetTransformation(m);
+            moved.BuildBloated();
+            r.Seek(at);
+            RecordByRecord reference(r.GetWord(), r, alpha, version, m);
+            EXPECT_EQ(FirstDifference(moved, reference), "") << "shape " << g.GetId();
             const flaBoundingBox box = DrawnBounds(g);
             if (box.IsEmpty()) return;
             // The tag's bounds hold the anchors and the curves plus half of the widest

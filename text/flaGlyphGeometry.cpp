@@ -5,6 +5,7 @@
 #include "flio/flaDump.h"
 #include "flio/flaRead.h"
 #include "flio/flaText.h"
+#include "shapes/flaShapeDecoder.h"
 
 flaGlyphGeometry::flaGlyphGeometry() : flaGeometry(-1) {}
 
@@ -29,14 +30,9 @@ void flaGlyphGeometry::buildBloated() {
             first->AddFillColour(new flaColor(GetId(), i + first->GetFillIndexBase(), 0, flaColor::Solid,
                                               FLIO::flaRGBA(0, 0, 0, 255)));
 
-        flaGeometryCurrentParserVariable state(*this, in.GetScaling(), first);
-        state.SetFillAndLineBits(fillBits, lineBits);
-        int x = 0, y = 0;
-        while (!ParseShapeRecord(x, y, false, in, state)) {
-            if (state.GetSubGeometry() != first) continue;
-            if (state.GetLeftColour() > fills) state.SetLeftColour(fills);
-            if (state.GetRightColour() > fills) state.SetRightColour(fills);
-        }
+        flaShapeDecoder decoder(*this, first, in.GetScaling(), nullptr, false);
+        decoder.SetFillLimit(fills);
+        decoder.Run(in, static_cast<unsigned>(fillBits), static_cast<unsigned>(lineBits));
         MarkBloated();
     } catch (...) {
         DestroyBloated();

@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "flio/flaCharacter.h"
@@ -136,12 +137,24 @@ public:
 
 private:
     friend class flaGeometryCurrentParserVariable;
+    friend class flaShapeDecoder;
     // Appends a record whose indices are already known (the parser's path).
     void AppendStroke(flaStroke* stroke, flaStyle* style, int fill0, int fill1, int line);
+    // Appends a record whose stroke (a copy of the n points) and style the layer
+    // makes itself, in storage of its own rather than one heap object each; the
+    // bounds are left to the caller.
+    flaStroke& AppendOwnStroke(const flaPoint* points, std::size_t n, const flaStyle& style, int fill0, int fill1,
+                               int line);
     void WidenBounds(const flaStroke& stroke);
+    // Maps every fill and line through m (Transform without the points).
+    void TransformColours(const flaMatrix& m);
     void DeleteStrokes();
 
+    // The strokes and styles the layer made itself: blocks that never move, the
+    // newest first. A record whose stroke or style is not held there owns it.
+    struct OwnStorage;
     std::vector<StrokeRecord> strokes;
+    std::unique_ptr<OwnStorage> own;
     flaGeometry* geometry;
     flaColorList fills;
     flaColorList lines;

@@ -24,8 +24,9 @@ public:
     flaShapeDecoder& operator=(const flaShapeDecoder&) = delete;
     ~flaShapeDecoder();
 
-    // Caps the fill indices set in the first layer at limit (glyph outlines).
-    void SetFillLimit(int limit) { fillLimit = limit; }
+    // Glyph outlines: gives the first layer `count` solid fills of colour and caps
+    // the fill indices set in that layer at count.
+    void SetUniformFills(int count, const FLIO::flaRGBA& colour);
     // Reads the records from the reader's position through the end record, with
     // the given index bit counts; the reader then stands on the byte after it.
     void Run(flaRead& reader, unsigned fillBits, unsigned lineBits);
@@ -57,6 +58,7 @@ private:
     const float scale;
     const flaMatrix* const matrix;
     const bool withAlpha;
+    flaBoundingBox bounds;  // the geometry's, widened here and handed back at the end
     int fillLimit = 0;
     std::vector<flaPoint> path;  // the path being drawn (the thread's spare buffer, reused)
     flaStyle::EdgeType edge = flaStyle::Straight;

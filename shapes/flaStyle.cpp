@@ -6,6 +6,7 @@
 
 #include "flio/flaDump.h"
 #include "io/flaFormat.h"
+#include "shapes/flaBlockStore.h"
 
 // ---- flaGradientSteps ----
 
@@ -160,6 +161,22 @@ bool flaColor::LessIgnoreMatrix::operator()(const flaColor& a, const flaColor& b
 
 // ---- flaColorList ----
 
+struct flaColorList::OwnStorage {
+    flaBlockStore<flaColor, 2, 1024> colours;
+};
+
+flaColorList::flaColorList() = default;
+
+flaColorList::~flaColorList() { DeleteAllElements(); }
+
+flaColor* flaColorList::AddOwn(const flaColor& colour) {
+    if (!own) own = std::make_unique<OwnStorage>();
+    if (colours.size() == colours.capacity()) colours.reserve(colours.empty() ? 2 : colours.size() * 2);
+    flaColor& kept = own->colours.Emplace(colour);
+    colours.push_back(&kept);
+    return &kept;
+}
+
 void flaColorList::Add(flaColor* colour) {
     std::unique_ptr<flaColor> guard(colour);
     colours.push_back(colour);
@@ -174,8 +191,10 @@ int flaColorList::IndexOf(const flaColor* colour) const {
 }
 
 void flaColorList::DeleteAllElements() {
-    for (flaColor* c : colours) delete c;
+    for (flaColor* c : colours)
+        if (!(own && own->colours.Contains(c))) delete c;
     colours.clear();
+    own.reset();
 }
 
 bool flaColorList::CheckColorAlreadyExist(const flaColor* colour) const {

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <memory>
+#include <optional>
 #include <vector>
 
 #include "flio/flaDump.h"
@@ -29,7 +29,7 @@ unsigned int ReadStyleCount(flaRead& reader) {
 
 // One FILLSTYLE. Without `faithful`, the classic reading: no spread, interpolation
 // or focal point, eight stops at most, every bitmap fill tiled and smoothed.
-std::unique_ptr<flaColor> ReadFill(flaRead& in, int characterId, int index, bool alpha, bool faithful) {
+flaColor ReadFill(flaRead& in, int characterId, int index, bool alpha, bool faithful) {
     const unsigned int type = in.GetByte();
     if (type == Fill::LinearGradient || type == Fill::RadialGradient || type == Fill::FocalRadialGradient) {
         flaMatrix matrix;
@@ -49,27 +49,26 @@ std::unique_ptr<flaColor> ReadFill(flaRead& in, int characterId, int index, bool
             details.focal = true;
             details.focalPoint = static_cast<float>(in.GetSWord()) / 256.0f;
         }
-        auto c = std::make_unique<flaColor>(
-            characterId, index, 0, type == Fill::LinearGradient ? flaColor::LinearGradient : flaColor::RadialGradient,
-            steps, matrix);
+        flaColor c(characterId, index, 0,
+                   type == Fill::LinearGradient ? flaColor::LinearGradient : flaColor::RadialGradient, steps, matrix);
         if (faithful) {
             details.spread = static_cast<flaGradientDetails::Spread>((head >> Gradient::SpreadShift) & Gradient::ModeMask);
             details.interpolation = static_cast<flaGradientDetails::Interpolation>(
                 (head >> Gradient::InterpolationShift) & Gradient::ModeMask);
-            c->SetGradientDetails(details);
-            c->SetExtraStops(extra);
+            c.SetGradientDetails(details);
+            c.SetExtraStops(extra);
         }
         return c;
     }
     if ((type & Fill::BitmapBits) == 0)
-        return std::make_unique<flaColor>(characterId, index, 0, flaColor::Solid, in.GetColor(alpha));
+        return flaColor(characterId, index, 0, flaColor::Solid, in.GetColor(alpha));
     // Every other type is a bitmap fill.
     const int bitmapId = in.GetWord();
     flaMatrix matrix;
     matrix.ReadFromFile(in);
     const bool tiled = faithful ? (type & Fill::ClippedBit) == 0 : (type & Fill::TiledBit) != 0;
-    auto c = std::make_unique<flaColor>(characterId, index, 0, flaColor::Bitmap, tiled, bitmapId, matrix);
-    if (faithful) c->SetBitmapSmoothed((type & Fill::NonSmoothedBit) == 0);
+    flaColor c(characterId, index, 0, flaColor::Bitmap, tiled, bitmapId, matrix);
+    if (faithful) c.SetBitmapSmoothed((type & Fill::NonSmoothedBit) == 0);
     return c;
 }
 
@@ -92,7 +91,7 @@ std::int64_t flio_shapes::LineWidthTwips(float width, const flaDump& dump) {
 
 void flaSubGeometry::ParseFillStyle(int characterId, flaRead& in, bool alpha) {
     const int index = static_cast<int>(fills.GetSize()) + fillIndexBase;
-    fills.Add(ReadFill(in, characterId, index, alpha, in.IsFaithful()).release());
+    fills.AddOwn(ReadFill(in, characterId, index, alpha, in.IsFaithful()));
 }
 
 void flaSubGeometry::ParseShapeStyle(bool alpha, flaRead& in, int characterId, flaShape::ShapeVersion version) {
@@ -107,7 +106,7 @@ void flaSubGeometry::ParseShapeStyle(bool alpha, flaRead& in, int characterId, f
         const unsigned int width = in.GetWord();
         FLIO::flaRGBA colour(0, 0, 0, 255);  // a line drawn with a fill style has no colour of its own
         flaLineDetails details;
-        std::unique_ptr<flaColor> fill;
+        std::optional<flaColor> fill;
         if (version == flaShape::DefineShape4) {
             const unsigned int flags = in.GetByte();
             const unsigned int more = in.GetByte();
@@ -130,14 +129,14 @@ void flaSubGeometry::ParseShapeStyle(bool alpha, flaRead& in, int characterId, f
         }
         // One twip or less is a hairline, the inverse of the writer's rule.
         const float lineWidth = width <= 1 ? 0.0f : static_cast<float>(width) * factor;
-        auto line = std::make_unique<flaColor>(characterId, index, 0, flaColor::Line, colour, lineWidth);
+        flaColor line(characterId, index, 0, flaColor::Line, colour, lineWidth);
         if (faithful) {
-            line->SetLineDetails(details);
-            line->SetLineFill(fill.get());
+            line.SetLineDetails(details);
+            line.SetLineFill(fill ? &*fill : nullptr);
         } else if (fill) {
-            fills.Add(fill.release());  // the classic import lists a line's fill with the layer's fills
+            fills.AddOwn(*fill);  // the classic import lists a line's fill with the layer's fills
         }
-        lines.Add(line.release());
+        lines.AddOwn(line);
     }
 }
 

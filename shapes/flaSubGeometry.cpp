@@ -1,27 +1,19 @@
 // The in-memory model of one shape layer: strokes, styles and colours.
 #include <algorithm>
-#include <functional>
 #include <memory>
 #include <unordered_map>
 
 #include "flio/flaGeometry.h"
+#include "shapes/flaBlockStore.h"
 
-// A block of strokes with their styles, filled up to the capacity it was made
-// with so that nothing in it ever moves; the full blocks before it hang behind.
+// The strokes and styles the layer made itself.
 struct flaSubGeometry::OwnStorage {
     struct Entry {
         explicit Entry(const flaStyle& s) : style(s) {}
         flaStroke stroke;
         flaStyle style;
     };
-    std::vector<Entry> entries;
-    std::unique_ptr<OwnStorage> older;
-
-    bool Contains(const void* p) const {
-        const std::less<const void*> before;
-        const Entry* first = entries.data();
-        return !before(p, first) && before(p, first + entries.size());
-    }
+    flaBlockStore<Entry, 4, 4096> entries;
 };
 
 flaSubGeometry::flaSubGeometry(flaGeometry* owner, int fillBase, int lineBase)
@@ -30,25 +22,14 @@ flaSubGeometry::flaSubGeometry(flaGeometry* owner, int fillBase, int lineBase)
 flaSubGeometry::~flaSubGeometry() { DeleteStrokes(); }
 
 void flaSubGeometry::DeleteStrokes() {
-    // What lies in the layer's own blocks is freed with them; the rest was handed
-    // over and is deleted. Consecutive records mostly lie in one block.
-    const OwnStorage* hit = own.get();
-    auto held = [this, &hit](const void* p) {
-        if (hit && hit->Contains(p)) return true;
-        for (const OwnStorage* b = own.get(); b; b = b->older.get())
-            if (b->Contains(p)) {
-                hit = b;
-                return true;
-            }
-        return false;
-    };
+    // What lies in the layer's own storage is freed with it; the rest was handed
+    // over and is deleted.
     for (const StrokeRecord& r : strokes) {
-        if (r.stroke && !held(r.stroke)) delete r.stroke;
-        if (r.style && !held(r.style)) delete r.style;
+        if (r.stroke && !(own && own->entries.Contains(r.stroke))) delete r.stroke;
+        if (r.style && !(own && own->entries.Contains(r.style))) delete r.style;
     }
     strokes.clear();
-    // Iteratively, so that a long chain of blocks needs no deep recursion.
-    while (own) own = std::move(own->older);
+    own.reset();
 }
 
 void flaSubGeometry::WidenBounds(const flaStroke& stroke) {
@@ -67,17 +48,9 @@ void flaSubGeometry::AppendStroke(flaStroke* stroke, flaStyle* style, int fill0,
 
 flaStroke& flaSubGeometry::AppendOwnStroke(const flaPoint* points, std::size_t n, const flaStyle& style, int fill0,
                                            int fill1, int line) {
-    if (!own || own->entries.size() == own->entries.capacity()) {
-        // Blocks double, from a few strokes (a glyph's) to a few thousand.
-        const std::size_t capacity = own ? std::min<std::size_t>(own->entries.capacity() * 2, 4096) : 4;
-        auto block = std::make_unique<OwnStorage>();
-        block->entries.reserve(capacity);
-        block->older = std::move(own);
-        own = std::move(block);
-    }
+    if (!own) own = std::make_unique<OwnStorage>();
     if (strokes.capacity() == strokes.size()) strokes.reserve(strokes.empty() ? 4 : strokes.size() * 2);
-    own->entries.emplace_back(style);
-    OwnStorage::Entry& entry = own->entries.back();
+    OwnStorage::Entry& entry = own->entries.Emplace(style);
     entry.stroke.GetPoints().assign(points, points + n);
     strokes.push_back(StrokeRecord{&entry.stroke, &entry.style, fill0, fill1, line});
     return entry.stroke;

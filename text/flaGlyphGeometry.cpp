@@ -26,12 +26,8 @@ void flaGlyphGeometry::buildBloated() {
         // Every fill index the outline can name exists, up to a fixed number of
         // colours, so that a hostile bit count cannot make the glyph huge.
         const int fills = fillBits >= 4 ? kMaxDecodedFills : (1 << fillBits);
-        for (int i = 0; i < fills; ++i)
-            first->AddFillColour(new flaColor(GetId(), i + first->GetFillIndexBase(), 0, flaColor::Solid,
-                                              FLIO::flaRGBA(0, 0, 0, 255)));
-
         flaShapeDecoder decoder(*this, first, in.GetScaling(), nullptr, false);
-        decoder.SetFillLimit(fills);
+        decoder.SetUniformFills(fills, FLIO::flaRGBA(0, 0, 0, 255));
         decoder.Run(in, static_cast<unsigned>(fillBits), static_cast<unsigned>(lineBits));
         MarkBloated();
     } catch (...) {

@@ -146,6 +146,8 @@ private:
     flaStroke& AppendOwnStroke(const flaPoint* points, std::size_t n, const flaStyle& style, int fill0, int fill1,
                                int line);
     void WidenBounds(const flaStroke& stroke);
+    // Appends a copy of colour to the fills, kept in the list's own storage.
+    void AddOwnFill(const flaColor& colour) { fills.AddOwn(colour); }
     // Maps every fill and line through m (Transform without the points).
     void TransformColours(const flaMatrix& m);
     void DeleteStrokes();
@@ -234,6 +236,8 @@ protected:
     void MarkBloated() { isBloated = 1; }
 
 private:
+    friend class flaShapeDecoder;  // widens the bounds as it decodes
+
     // DefineShape4's flags byte as written.
     unsigned char Shape4Flags() const;
 

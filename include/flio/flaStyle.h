@@ -268,10 +268,10 @@ private:
 // owning lists of the same colours would delete them twice.
 class flaColorList {
 public:
-    flaColorList() = default;
+    flaColorList();
     flaColorList(const flaColorList&) = delete;
     flaColorList& operator=(const flaColorList&) = delete;
-    ~flaColorList() { DeleteAllElements(); }
+    ~flaColorList();
 
     // Takes ownership of colour (deleted if it cannot be appended).
     void Add(flaColor* colour);
@@ -299,5 +299,12 @@ public:
     bool NeedsDefineShape4() const;
 
 private:
+    friend class flaSubGeometry;  // keeps the colours its readers make in the list's own storage
+    // Appends a copy of colour kept in storage of the list's own, rather than a
+    // heap object of its own; returns it.
+    flaColor* AddOwn(const flaColor& colour);
+
+    struct OwnStorage;  // the colours made by AddOwn
     std::vector<flaColor*> colours;
+    std::unique_ptr<OwnStorage> own;
 };

@@ -1,5 +1,6 @@
 #include "flio/flaRead.h"
 
+#include <libdeflate.h>
 #include <zlib.h>
 
 #include <algorithm>
@@ -99,46 +100,81 @@ void flaRead::TakeImage(unsigned char* raw, std::uint32_t rawSize) {
     InflateImage(raw, rawSize);
 }
 
+namespace {
+
+// The whole image inflated in one call of the fast inflater, for the streams every
+// encoder writes (a 32 KB window, announcing no more than a real file plausibly
+// inflates to). True only when the stream inflates exactly to its announced
+// length and its checksum holds; anything else is left to zlib's streaming path,
+// which decides as it always has.
+bool InflateAtOnce(const unsigned char* raw, std::uint32_t rawSize, std::uint32_t announced,
+                   std::unique_ptr<unsigned char[]>& image) {
+    const unsigned windowCode = raw[8] >> 4;  // CINFO of the zlib header
+    const std::uint64_t plausible = std::uint64_t{rawSize} * 32 + (1u << 16);
+    if (rawSize < 10 || windowCode != 7 || announced > plausible) return false;
+    struct Free {
+        void operator()(libdeflate_decompressor* d) const { libdeflate_free_decompressor(d); }
+    };
+    const std::unique_ptr<libdeflate_decompressor, Free> inflater(libdeflate_alloc_decompressor());
+    if (!inflater) return false;
+    std::unique_ptr<unsigned char[]> out(new unsigned char[announced]);
+    std::size_t produced = 0;
+    if (libdeflate_zlib_decompress(inflater.get(), raw + 8, rawSize - 8, out.get() + 8, announced - 8, &produced) !=
+            LIBDEFLATE_SUCCESS ||
+        produced != announced - 8)
+        return false;
+    image = std::move(out);
+    return true;
+}
+
+}  // namespace
+
 void flaRead::InflateImage(const unsigned char* raw, std::uint32_t rawSize) {
-    // Everything after the 8-byte header is inflated, straight into the image. The
-    // image grows with what the data really produces, up to the announced length
-    // and never beyond it: a small file that announces a huge length costs only
-    // what it inflates to.
+    // Everything after the 8-byte header is inflated, straight into the image.
     const std::uint32_t announced = static_cast<std::uint32_t>(raw[4]) | (static_cast<std::uint32_t>(raw[5]) << 8) |
                                     (static_cast<std::uint32_t>(raw[6]) << 16) |
                                     (static_cast<std::uint32_t>(raw[7]) << 24);
     if (announced < 8) throw dekompressError();
-    std::size_t capacity = std::min<std::size_t>(announced, std::max<std::size_t>(std::size_t{rawSize} * 4, 1u << 18));
-    std::unique_ptr<unsigned char[]> image(new unsigned char[capacity]);
+    std::unique_ptr<unsigned char[]> image;
+    std::size_t produced = 0;
+    if (InflateAtOnce(raw, rawSize, announced, image)) {
+        produced = announced;
+    } else {
+        // Streaming: the image grows with what the data really produces, up to the
+        // announced length and never beyond it, so that a small file that announces
+        // a huge length costs only what it inflates to.
+        std::size_t capacity =
+            std::min<std::size_t>(announced, std::max<std::size_t>(std::size_t{rawSize} * 4, 1u << 18));
+        image.reset(new unsigned char[capacity]);
+        z_stream zs{};
+        if (inflateInit(&zs) != Z_OK) throw dekompressError();
+        zs.next_in = const_cast<unsigned char*>(raw + 8);
+        zs.avail_in = rawSize - 8;
+        produced = 8;
+        for (;;) {
+            if (produced == capacity) {
+                if (capacity == announced) break;
+                const std::size_t bigger = std::min<std::size_t>(announced, capacity * 2);
+                std::unique_ptr<unsigned char[]> grown(new unsigned char[bigger]);
+                std::memcpy(grown.get(), image.get(), produced);
+                image = std::move(grown);
+                capacity = bigger;
+            }
+            zs.next_out = image.get() + produced;
+            const std::size_t room = std::min<std::size_t>(capacity - produced, 1u << 30);
+            zs.avail_out = static_cast<uInt>(room);
+            const int rc = inflate(&zs, Z_NO_FLUSH);
+            produced += room - zs.avail_out;
+            if (rc == Z_STREAM_END) break;
+            if (rc != Z_OK && !(rc == Z_BUF_ERROR && zs.avail_out == 0)) break;
+        }
+        inflateEnd(&zs);
+        if (produced != announced) throw dekompressError();
+    }
     image[0] = 'F';
     image[1] = 'W';
     image[2] = 'S';
     std::memcpy(image.get() + 3, raw + 3, 5);
-
-    z_stream zs{};
-    if (inflateInit(&zs) != Z_OK) throw dekompressError();
-    zs.next_in = const_cast<unsigned char*>(raw + 8);
-    zs.avail_in = rawSize - 8;
-    std::size_t produced = 8;
-    for (;;) {
-        if (produced == capacity) {
-            if (capacity == announced) break;
-            const std::size_t bigger = std::min<std::size_t>(announced, capacity * 2);
-            std::unique_ptr<unsigned char[]> grown(new unsigned char[bigger]);
-            std::memcpy(grown.get(), image.get(), produced);
-            image = std::move(grown);
-            capacity = bigger;
-        }
-        zs.next_out = image.get() + produced;
-        const std::size_t room = std::min<std::size_t>(capacity - produced, 1u << 30);
-        zs.avail_out = static_cast<uInt>(room);
-        const int rc = inflate(&zs, Z_NO_FLUSH);
-        produced += room - zs.avail_out;
-        if (rc == Z_STREAM_END) break;
-        if (rc != Z_OK && !(rc == Z_BUF_ERROR && zs.avail_out == 0)) break;
-    }
-    inflateEnd(&zs);
-    if (produced != announced) throw dekompressError();
     buffer = image.release();
     size = announced;
 }

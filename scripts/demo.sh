@@ -5,7 +5,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/deps.sh
-flio_need_packages cmake g++ make zlib1g-dev
+flio_need_packages cmake g++ make zlib1g-dev libdeflate-dev
 cmake -S . -B build-demo -DCMAKE_BUILD_TYPE=RelWithDebInfo -DFLIO_BUILD_TESTS=OFF -DFLIO_BUILD_BENCH=OFF >/dev/null
 cmake --build build-demo -j"$(nproc)" --target flio_cli
 mkdir -p out

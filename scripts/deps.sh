@@ -10,6 +10,7 @@ flio_need_packages() {
       g++) command -v g++ >/dev/null || command -v c++ >/dev/null ;;
       pkg-config) command -v pkg-config >/dev/null ;;
       zlib1g-dev) [ -f /usr/include/zlib.h ] ;;
+      libdeflate-dev) [ -f /usr/include/libdeflate.h ] ;;
       libgtest-dev) [ -d /usr/include/gtest ] ;;
       libbenchmark-dev) [ -d /usr/include/benchmark ] ;;
       *) dpkg -s "$p" >/dev/null 2>&1 ;;

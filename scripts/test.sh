@@ -6,7 +6,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/deps.sh
-flio_need_packages cmake g++ make zlib1g-dev libgtest-dev libbenchmark-dev
+flio_need_packages cmake g++ make zlib1g-dev libdeflate-dev libgtest-dev libbenchmark-dev
 cmake -S . -B build -DCMAKE_BUILD_TYPE=RelWithDebInfo -DFLIO_WERROR="${FLIO_WERROR:-OFF}" >/dev/null
 cmake --build build -j"$(nproc)"
 ctest --test-dir build -j"$(nproc)" --output-on-failure

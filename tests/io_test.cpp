@@ -208,10 +208,15 @@ TEST(flaRead, EveryPrimitiveThrowsOnTruncatedData) {
 
 TEST(flaRead, InflatesCompressedStreamsToTheAnnouncedLength) {
     const std::string body = "0123456789abcdef";
-    std::istringstream in(Compressed(body, 8 + 16));
-    flaRead r(in);
-    ASSERT_EQ(r.GetSize(), 24u);
-    EXPECT_EQ(std::string(reinterpret_cast<const char*>(r.GetBuffer()), 24), "FWS\x0a\x18" + std::string(3, 0) + body);
+    // Whole, with its checksum damaged, without its checksum: the same image.
+    std::string damaged = Compressed(body, 8 + 16), cut = damaged.substr(0, damaged.size() - 4);
+    damaged.back() ^= 1;
+    for (const std::string& file : {Compressed(body, 8 + 16), damaged, cut}) {
+        std::istringstream in(file);
+        flaRead r(in);
+        ASSERT_EQ(r.GetSize(), 24u);
+        EXPECT_EQ(std::string(reinterpret_cast<const char*>(r.GetBuffer()), 24), "FWS\x0a\x18" + std::string(3, 0) + body);
+    }
     std::istringstream more(Compressed(std::string(100, 'q'), 8 + 50));
     EXPECT_EQ(flaRead(more).GetSize(), 58u);  // inflating more keeps the announced bytes
     // Short and uncompressed streams are kept as read.

@@ -73,9 +73,11 @@ void flaDump::FreeBytes::operator()(unsigned char* p) const { std::free(p); }
 void flaDump::Grow(std::size_t n) {
     std::size_t want = capacity < 4096 ? 4096 : capacity * 2;
     if (want < static_cast<std::size_t>(position) + n) want = static_cast<std::size_t>(position) + n;
-    std::unique_ptr<unsigned char[], FreeBytes> bigger(AllocateBytes(want));
-    if (length) std::memcpy(bigger.get(), storage.get(), length);
-    storage = std::move(bigger);
+    // realloc: a large image moves by remapping its pages rather than by copying.
+    void* bigger = std::realloc(storage.get(), want);
+    if (!bigger) throw std::bad_alloc();
+    storage.release();
+    storage.reset(static_cast<unsigned char*>(bigger));
     capacity = want;
 }
 
@@ -280,32 +282,57 @@ void flaDump::TransformCoordFromPegSide(int& x, int& y) const {
     }
 }
 
-bool flaDump::CompressImage(const unsigned char* image, std::size_t size, std::vector<unsigned char>& out) {
+bool flaDump::CompressImage(const unsigned char* image, std::size_t size, int level, std::vector<unsigned char>& out) {
     if (size <= 8) return false;
     const uLong n = static_cast<uLong>(size - 8);
-    // The output bound the format's writer has always used.
+    // The output bound the format's writer has always used: a longer stream fails.
     const float boundF = static_cast<float>(n) * 0.001f + static_cast<float>(n + 8) + 12.0f;
-    uLongf outLen = static_cast<uLongf>(boundF);
-    out.resize(8 + outLen);
-    const int rc = ::compress(out.data() + 8, &outLen, image + 8, n);
-    if (rc != Z_OK || outLen >= n) return false;
+    const auto bound = static_cast<uLongf>(boundF);
+    z_stream zs{};
+    if (deflateInit(&zs, level) != Z_OK) return false;
+    // Deflated through a small buffer and appended, so that the output is never
+    // zero-filled ahead of the stream; the bytes are those of a single compress2.
+    out.assign(image, image + 8);
+    unsigned char chunk[1 << 16];
+    const unsigned char* next = image + 8;
+    uLong left = n;
+    int rc = Z_OK;
+    while (rc == Z_OK && zs.total_out <= bound) {
+        if (zs.avail_in == 0 && left > 0) {
+            const uInt take = left > (1u << 30) ? (1u << 30) : static_cast<uInt>(left);
+            zs.next_in = const_cast<unsigned char*>(next);
+            zs.avail_in = take;
+            next += take;
+            left -= take;
+        }
+        zs.next_out = chunk;
+        zs.avail_out = sizeof chunk;
+        rc = deflate(&zs, left == 0 ? Z_FINISH : Z_NO_FLUSH);
+        out.insert(out.end(), chunk, chunk + (sizeof chunk - zs.avail_out));
+    }
+    const uLong produced = zs.total_out;
+    deflateEnd(&zs);
+    if (rc != Z_STREAM_END || produced > bound || produced >= n) return false;
     out[0] = 'C';
     out[1] = 'W';
     out[2] = 'S';
     out[3] = static_cast<signed char>(image[3]) >= 6 ? image[3] : 6;
-    std::memcpy(out.data() + 4, image + 4, 4);
-    out.resize(8 + outLen);
     return true;
 }
 
 std::vector<unsigned char> flaDump::GetFileImage(bool& compress) const {
-    std::vector<unsigned char> image = GetBuffer();
+    // The committed bytes are the image unless whole bytes are still pending.
+    const bool committed = accBits < 8 && static_cast<std::size_t>(position) == length;
     if (compress) {
         std::vector<unsigned char> out;
-        if (CompressImage(image.data(), image.size(), out)) return out;
+        if (committed && CompressImage(storage.get(), length, writeOptions.compressionLevel, out)) return out;
+        if (!committed) {
+            const std::vector<unsigned char> image = GetBuffer();
+            if (CompressImage(image.data(), image.size(), writeOptions.compressionLevel, out)) return out;
+        }
     }
     compress = false;
-    return image;
+    return GetBuffer();
 }
 
 bool flaDump::WriteFileOnDisk(const PL_FileSpec& file, bool& compress) {
@@ -320,7 +347,7 @@ bool flaDump::WriteFileOnDisk(const PL_FileSpec& file, bool& compress) {
     position = 0;
     // The image is written from the stream's own memory when it goes out uncompressed.
     std::vector<unsigned char> compressed;
-    const bool packed = compress && CompressImage(storage.get(), length, compressed);
+    const bool packed = compress && CompressImage(storage.get(), length, writeOptions.compressionLevel, compressed);
     if (!packed) compress = false;
     const unsigned char* data = packed ? compressed.data() : storage.get();
     const std::size_t size = packed ? compressed.size() : length;

@@ -1,6 +1,7 @@
 // Writing a frame: the difference between a frame's display list and the previous
 // frame's, as PlaceObject2/PlaceObject3 and RemoveObject2 tags, then the background
 // colour, the sprite start actions and ShowFrame.
+#include <charconv>
 #include <string>
 
 #include "flio/flaAction.h"
@@ -8,6 +9,7 @@
 #include "flio/flaDump.h"
 #include "flio/flaFrame.h"
 #include "io/flaFormat.h"
+#include "records/flaRecordBits.h"
 
 namespace {
 
@@ -18,15 +20,21 @@ bool StartsSprite(const flaCharacterInfo& e) {
     return e.GetCharacter()->IsSprite() && e.GetStartIndex() != flaCharacterInfo::NoStartAction;
 }
 
-// The previous frame's blend modes and filter lists, summarised once so that an
-// entry is compared with all of them in constant time: when every entry agrees,
-// `common` is one of them; when they disagree among themselves, every entry of the
-// new frame necessarily differs from at least one of them.
-struct BlendFilterSummary {
-    bool uniform = true;
-    const flaCharacterInfo* common = nullptr;
+// The previous frame's blend modes and filter lists, summarised (on first need) so
+// that an entry is compared with all of them in constant time: when every entry
+// agrees, `common` is one of them; when they disagree among themselves, every entry
+// of the new frame necessarily differs from at least one of them.
+class BlendFilterSummary {
+public:
+    explicit BlendFilterSummary(const flaFrame::DisplayList& list) : list(list) {}
+    bool DiffersFromAny(const flaCharacterInfo& e) {
+        if (!made) Make();
+        return !uniform || (common && !e.SameBlendAndFilters(*common));
+    }
 
-    explicit BlendFilterSummary(const flaFrame::DisplayList& list) {
+private:
+    void Make() {
+        made = true;
         for (const auto& entry : list) {
             if (!common) {
                 common = &entry.second;
@@ -36,10 +44,40 @@ struct BlendFilterSummary {
             }
         }
     }
-    bool DiffersFromAny(const flaCharacterInfo& e) const {
-        return !uniform || (common && !e.SameBlendAndFilters(*common));
-    }
+    const flaFrame::DisplayList& list;
+    bool made = false;
+    bool uniform = true;
+    const flaCharacterInfo* common = nullptr;
 };
+
+// The classic PlaceObject2 (no filters, blend mode or file details) for a stream
+// without a size observer, stored in one go: the bytes the general path of
+// DumpMatrixCharacterInFrame writes for it, without a call per field.
+FLIO_FLATTEN void WriteClassicPlacement(flaDump& dump, const flaCharacterInfo& info, bool move,
+                                        bool forceColorTransform) {
+    const flaCharacter* character = info.GetCharacter();
+    const bool writeCx = forceColorTransform || info.HasColorXForm();
+    const bool clip = info.GetClipDepth() != 0;
+    const bool named = character->IsSprite();  // a sprite is named after its depth
+    char name[16];
+    const std::size_t nameLength = named ? static_cast<std::size_t>(
+                                               std::to_chars(name, name + sizeof name, info.GetDepth()).ptr - name)
+                                         : 0;
+    name[nameLength] = '\0';
+    const unsigned flags = (move ? Place::Move : Place::HasCharacter) | Place::HasMatrix |
+                           (clip ? Place::HasClipDepth : 0u) | (writeCx ? Place::HasColorXForm : 0u) |
+                           (named ? Place::HasName : 0u);
+    flaTagWriter tag(dump, flaFormat::PlaceObject2, 80);
+    tag.U8(flags);
+    tag.U16(static_cast<unsigned short>(info.GetDepth()));
+    if (!move) tag.U16(static_cast<unsigned short>(character->GetId()));
+    flaRecordBits::Matrix(tag, info.GetMatrix(), dump.GetFrameSizeX(), dump.GetWriteOptions().exactTwips);
+    tag.Pad();
+    if (writeCx) flaRecordBits::ColorXForm(tag, info.GetColorXForm());
+    if (named) tag.Text(name, nameLength + 1);
+    if (clip) tag.U16(static_cast<unsigned short>(info.GetClipDepth()));
+    tag.Finish();
+}
 
 }  // namespace
 
@@ -49,7 +87,7 @@ void flaFrame::DumpFrameInFile(flaDump& dump, const flaFrame* previous, bool wri
 
     const DisplayList empty;
     const DisplayList& before = previous ? previous->displayList : empty;
-    const BlendFilterSummary summary(before);
+    BlendFilterSummary summary(before);
     // The classic writer places an instance anew when its colour transform changes,
     // and compares blend modes and filters with the whole previous frame; with
     // colorTransformMoves a placement is compared with the one before it at its
@@ -61,13 +99,18 @@ void flaFrame::DumpFrameInFile(flaDump& dump, const flaFrame* previous, bool wri
     for (const auto& entry : displayList) {
         const int depth = entry.first;
         const flaCharacterInfo& e = entry.second;
-        e.GetCharacter()->DumpInFile(dump);
-        dump.SetCostCode(costCode);
+        if (!e.GetCharacter()->IsAlreadyDumped()) {  // the definition, before its first placement
+            e.GetCharacter()->DumpInFile(dump);
+            dump.SetCostCode(costCode);
+        }
 
         while (p != before.end() && p->first < depth) ++p;
         const flaCharacterInfo* old = (p != before.end() && p->first == depth) ? &p->second : nullptr;
 
-        if (old && (old->GetCharacter()->GetId() != e.GetCharacter()->GetId() ||
+        // (The same character object has the same id: its id is looked at only when
+        // the objects differ.)
+        if (old && ((old->GetCharacter() != e.GetCharacter() &&
+                     old->GetCharacter()->GetId() != e.GetCharacter()->GetId()) ||
                     old->GetClipDepth() != e.GetClipDepth() ||
                     (moves ? old->GetInstance() != e.GetInstance() : old->GetColorXForm() != e.GetColorXForm()))) {
             RemoveOneCharacter(dump, depth);
@@ -112,21 +155,23 @@ void flaFrame::DumpAllCharactersInFile(flaDump& dump) const {
 
 void flaFrame::DumpMatrixCharacterInFrame(flaDump& dump, const flaCharacterInfo* info, bool move,
                                           bool forceColorTransform) const {
+    // The details of an imported placement, written when the stream keeps them.
+    const flaPlacementDetails* d = dump.GetWriteOptions().fileDetails ? info->GetDetails() : nullptr;
+    if (!d && !info->HasFilterList() && !info->HasBlendMode() && !dump.GetSizeCallback()) {
+        WriteClassicPlacement(dump, *info, move, forceColorTransform);
+        return;
+    }
     const flaCharacter* character = info->GetCharacter();
     const bool sprite = character->IsSprite();
     const bool writeCx = forceColorTransform || info->HasColorXForm();
     const bool clip = info->GetClipDepth() != 0;
-    // The details of an imported placement, written when the stream keeps them.
-    const flaPlacementDetails* d = dump.GetWriteOptions().fileDetails ? info->GetDetails() : nullptr;
 
     // The instance name: the one the file gave; a sprite otherwise takes its depth
     // (the name its start actions target), unless the file placed it without one.
     bool named = sprite && (!d || StartsSprite(*info));
-    std::string name = std::to_string(info->GetDepth());
-    if (d && d->hasName && !move) {
-        named = true;
-        name = d->name;
-    }
+    const bool fileName = d && d->hasName && !move;
+    if (fileName) named = true;
+    const std::string name = fileName ? d->name : named ? std::to_string(info->GetDepth()) : std::string();
     const bool ratio = d && d->hasRatio;
     const bool className = d && d->hasClassName && !move;
     const bool clipActions = d && !d->clipActions.empty() && !move;
@@ -184,6 +229,12 @@ void flaFrame::DumpMatrixCharacterInFrame(flaDump& dump, const flaCharacterInfo*
 }
 
 void flaFrame::RemoveOneCharacter(flaDump& dump, int depth) const {
+    if (!dump.GetSizeCallback()) {
+        flaTagWriter tag(dump, flaFormat::RemoveObject2, 4);
+        tag.U16(static_cast<unsigned short>(depth));
+        tag.Finish();
+        return;
+    }
     dump.TagHeader(flaFormat::RemoveObject2, flaFormat::RemoveObject2Length);
     dump.DataU16(static_cast<unsigned short>(depth));
 }

@@ -4,6 +4,7 @@
 
 #include "flio/flaDump.h"
 #include "flio/flaRead.h"
+#include "records/flaRecordBits.h"
 
 flaColorXForm::flaColorXForm(short mR_, short mG_, short mB_, short mA_, short aR_, short aG_, short aB_,
                              short aA_)
@@ -61,42 +62,7 @@ bool flaColorXForm::Equal(const flaColorXForm& o) const {
 }
 
 bool flaColorXForm::DumpInFile(flaDump& dump) const {
-    dump.Bit(isAdd);
-    dump.Bit(isMult);
-    // Largest magnitude of the groups in use, kept (as the format's writer always
-    // did) in a signed 16-bit running maximum.
-    short largest = 0;
-    auto consider = [&largest](short v) {
-        const int magnitude = std::abs(static_cast<int>(v));
-        if (magnitude > largest) largest = Wrap(magnitude);
-    };
-    if (isMult) {
-        consider(mR);
-        consider(mG);
-        consider(mB);
-        consider(mA);
-    }
-    if (isAdd) {
-        consider(aR);
-        consider(aG);
-        consider(aB);
-        consider(aA);
-    }
-    const int nbits = flaDump::GetBitNumber(largest) + 1;
-    dump.Bits(static_cast<unsigned>(nbits), 4);
-    auto field = [&dump, nbits](short v) { dump.Bits(static_cast<unsigned>(static_cast<int>(v)), nbits); };
-    if (isMult) {
-        field(mR);
-        field(mG);
-        field(mB);
-        field(mA);
-    }
-    if (isAdd) {
-        field(aR);
-        field(aG);
-        field(aB);
-        field(aA);
-    }
+    flaRecordBits::ColorXForm(dump, *this);
     return true;
 }
 

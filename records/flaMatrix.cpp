@@ -6,9 +6,7 @@
 
 #include "flio/flaDump.h"
 #include "flio/flaRead.h"
-#include "io/flaConvert.h"
-
-using flio_detail::TruncToInt32;
+#include "records/flaRecordBits.h"
 
 void flaMatrix::Multiply(const flaMatrix& m1, const flaMatrix& m2) {
     A = m1.A * m2.A + m1.B * m2.C;
@@ -25,46 +23,8 @@ bool flaMatrix::operator==(const flaMatrix& o) const {
     return std::memcmp(mine, theirs, sizeof mine) == 0;
 }
 
-namespace {
-
-// A pair of signed fields preceded by their 5-bit width, the width taken from the
-// larger magnitude of the two (as a double, then truncated) plus a sign bit.
-void WritePair(flaDump& dump, double first, double second) {
-    const std::int32_t a = TruncToInt32(first);
-    const std::int32_t b = TruncToInt32(second);
-    const double larger = std::fabs(first) > std::fabs(second) ? std::fabs(first) : std::fabs(second);
-    const int nbits = flaDump::GetSignedBitNumber(TruncToInt32(larger));
-    dump.Bits(static_cast<std::uint32_t>(nbits), 5);
-    dump.Bits(static_cast<std::uint32_t>(a), nbits);
-    dump.Bits(static_cast<std::uint32_t>(b), nbits);
-}
-
-}  // namespace
-
 bool flaMatrix::DumpInFile(flaDump& dump) const {
-    const double a = static_cast<double>(A) * 65536.0;
-    const double d = static_cast<double>(D) * 65536.0;
-    if (TruncToInt32(a) == 65536 && TruncToInt32(d) == 65536) {
-        dump.Bit(false);
-    } else {
-        dump.Bit(true);
-        WritePair(dump, a, d);
-    }
-    const double b = static_cast<double>(B) * 65536.0;
-    const double c = static_cast<double>(C) * 65536.0;
-    if (TruncToInt32(b) == 0 && TruncToInt32(c) == 0) {
-        dump.Bit(false);
-    } else {
-        dump.Bit(true);
-        WritePair(dump, b, c);
-    }
-    const double k = static_cast<double>(dump.GetFrameSizeX());
-    const double tx20 = static_cast<double>(TX) * 20.0;
-    const double ty20 = static_cast<double>(TY) * 20.0;
-    if (dump.GetWriteOptions().exactTwips)  // to the nearest twip, not toward zero
-        WritePair(dump, std::nearbyint(k * tx20), std::nearbyint(k * ty20));
-    else
-        WritePair(dump, k * tx20, k * ty20);
+    flaRecordBits::Matrix(dump, *this, dump.GetFrameSizeX(), dump.GetWriteOptions().exactTwips);
     dump.PadLastByte();
     return true;
 }

@@ -36,10 +36,17 @@ public:
 const char* const kShowFrame = "40 00";
 const char* const kRemoveDepth1 = "02 07 01 00";
 
+// The frame written as the difference from previous; with a size observer the
+// writer takes its field-by-field path, which must write the same bytes.
 std::string FrameHex(const flaFrame& frame, const flaFrame* previous, bool background = false) {
-    flaDump dump(550, nullptr);
+    CountingCallback sizes;
+    flaDump dump(550, nullptr), observed(550, &sizes);
     frame.DumpFrameInFile(dump, previous, background);
-    return ToHex(Flushed(dump));
+    frame.DumpFrameInFile(observed, previous, background);
+    const Bytes bytes = Flushed(dump);
+    EXPECT_EQ(ToHex(Flushed(observed)), ToHex(bytes));
+    EXPECT_EQ(sizes.Total(), static_cast<long long>(bytes.size()) * 8);
+    return ToHex(bytes);
 }
 
 // One placement of a table: character, depth, and what differs from the defaults.
@@ -243,6 +250,9 @@ TEST_F(FrameDiff, WritesOnlyTheDifferenceFromThePreviousFrame) {
         // The cases below have no previous frame.
         {"first frame: every entry in depth order", {}, {{&b, 2, m1}, {&a, 1}},
          Join(Po2("06 01 00 01 00 " + M0), Po2("06 02 00 02 00 " + M1))},
+        {"sprite with clip, colour and its depth as name", {},
+         {{&sprite, 12, {}, 0, &red, 20, flaCharacterInfo::NoStartAction}},
+         Po2("6E 0C 00 03 00 " + M0 + " " + RecordHex(red) + " 31 32 00 14 00")},
         // Flags: character 2, matrix 4, colour 8, name 32, clip 64; second byte: blend 2.
         {"PlaceObject3 with clip, colour, name and blend", {},
          {{&sprite, 12, {}, FLIO::BlendLayer, &red, 20, flaCharacterInfo::NoStartAction}},

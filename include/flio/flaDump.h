@@ -55,6 +55,10 @@ public:
         // stage are written as imported; sounds keep their data in every format,
         // and an imported streamed sound is written in its own format.
         bool fileDetails = false;
+        // The zlib level a compressed file is written at: 0 (stored) to 9 (smallest
+        // and slowest); -1, the default, is zlib's own default (level 6), the level
+        // compressed files have always been written at.
+        int compressionLevel = -1;
 
         static WriteOptions Faithful() {
             WriteOptions o;
@@ -178,6 +182,8 @@ public:
     void SetWriteOptions(const WriteOptions& options) { writeOptions = options; }
     const WriteOptions& GetWriteOptions() const { return writeOptions; }
 
+    // The size observer given at construction (null when there is none).
+    SizeCallback* GetSizeCallback() const { return sizeCallback; }
     void SetCostCode(unsigned int code) { costCode = code; }
     unsigned int GetCostCode() const { return costCode; }
     int GetFrameSizeX() const { return frameSizeX; }
@@ -201,6 +207,8 @@ public:
     const flaFontTable* GetFontTable() const { return fontTable; }
 
 private:
+    friend class flaTagWriter;  // stores whole short tags straight into the image
+
     void Report(int bits) {
         if (sizeCallback) sizeCallback->AddBits(costCode, bits);
     }
@@ -264,7 +272,8 @@ private:
     bool WriteBitsSlow(const char* data, int bitCount, int width, bool bitPacked);
     // The compressed form of an image ("CWS" header and the zlib stream of what
     // follows its first 8 bytes); false when compression fails or does not shrink it.
-    static bool CompressImage(const unsigned char* image, std::size_t size, std::vector<unsigned char>& out);
+    static bool CompressImage(const unsigned char* image, std::size_t size, int level,
+                              std::vector<unsigned char>& out);
     // Pads the pending bits with zeros to a byte boundary (reporting the padding)
     // and stores them.
     void WriteZeroToAlignBlock() {

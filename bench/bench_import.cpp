@@ -144,22 +144,15 @@ void BM_ZlibUncompress(benchmark::State& state) {
     Finish(state, files);
 }
 
-template <typename... Args>
-void Add(const std::string& name, Args&&... args) {
-    benchmark::RegisterBenchmark(name.c_str(), std::forward<Args>(args)...)
-        ->UseManualTime()
-        ->Unit(benchmark::kMillisecond);
-}
-
 void Register() {
     for (bool cws : {false, true}) {
         const std::string set = cws ? "cws" : "all";
-        Add("Import/flio/" + set, BM_ImportFlio, cws, true);
-        Add("Import/peer/" + set, BM_ImportPeer, cws);
+        flio_bench::Add("Import/flio/" + set, BM_ImportFlio, cws, true);
+        flio_bench::Add("Import/peer/" + set, BM_ImportPeer, cws);
     }
-    Add("Import/flio-classic/cws", BM_ImportFlioFromFile);
-    Add("Import/flio-nodecode/all", BM_ImportFlio, false, false);
-    Add("Zlib/uncompress/cws", BM_ZlibUncompress);
+    flio_bench::Add("Import/flio-classic/cws", BM_ImportFlioFromFile);
+    flio_bench::Add("Import/flio-nodecode/all", BM_ImportFlio, false, false);
+    flio_bench::Add("Zlib/uncompress/cws", BM_ZlibUncompress);
 }
 
 }  // namespace

@@ -145,24 +145,17 @@ void BM_ZlibCompress(benchmark::State& state, int level) {
     });
 }
 
-template <typename... Args>
-void Add(const std::string& name, Args&&... args) {
-    benchmark::RegisterBenchmark(name.c_str(), std::forward<Args>(args)...)
-        ->UseManualTime()
-        ->Unit(benchmark::kMillisecond);
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
-    Add("Write/flio/plain", BM_WriteFlio, -2);
-    Add("Write/peer/plain", BM_WritePeer, false);
-    Add("Write/peer/z6", BM_WritePeer, true);
-    Add("Memcpy/cold", BM_Memcpy, true);
-    Add("Memcpy/hot", BM_Memcpy, false);
+    flio_bench::Add("Write/flio/plain", BM_WriteFlio, -2);
+    flio_bench::Add("Write/peer/plain", BM_WritePeer, false);
+    flio_bench::Add("Write/peer/z6", BM_WritePeer, true);
+    flio_bench::Add("Memcpy/cold", BM_Memcpy, true);
+    flio_bench::Add("Memcpy/hot", BM_Memcpy, false);
     for (int level : kLevels) {
-        Add("Write/flio/z" + std::to_string(level), BM_WriteFlio, level);
-        Add("Zlib/compress/z" + std::to_string(level), BM_ZlibCompress, level);
+        flio_bench::Add("Write/flio/z" + std::to_string(level), BM_WriteFlio, level);
+        flio_bench::Add("Zlib/compress/z" + std::to_string(level), BM_ZlibCompress, level);
     }
     return flio_bench::RunWithRatios(argc, argv, [](const std::map<std::string, double>& m) {
         flio_bench::PrintRatio(m, "flio / memcpy (cold)", "Write/flio/plain", "Memcpy/cold", "goal <= 20");

@@ -20,6 +20,7 @@
 #include <iterator>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace flio_bench {
@@ -41,6 +42,14 @@ void TimeThreadCpu(benchmark::State& state, Body&& body) {
         body();
         state.SetIterationTime(ThreadCpuSeconds() - start);
     }
+}
+
+// Registers a benchmark timed by TimeThreadCpu (or by SetIterationTime), in ms.
+template <typename... Args>
+void Add(const std::string& name, Args&&... args) {
+    benchmark::RegisterBenchmark(name.c_str(), std::forward<Args>(args)...)
+        ->UseManualTime()
+        ->Unit(benchmark::kMillisecond);
 }
 
 struct CorpusFile {

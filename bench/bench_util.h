@@ -207,7 +207,7 @@ inline int RunWithRatios(int argc, char** argv,
     if (benchmark::ReportUnrecognizedArguments(count, args.data())) return 1;
     MedianReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
-    std::printf("\nRatios of medians measured in this run (times in ms of thread CPU time):\n");
+    std::printf("\nMeasured in this run (times: medians, in ms of thread CPU time):\n");
     summary(reporter.medians);
     benchmark::Shutdown();
     return 0;

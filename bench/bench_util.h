@@ -167,6 +167,8 @@ private:
 // The console report, keeping the median time of every benchmark (in its unit).
 class MedianReporter : public benchmark::ConsoleReporter {
 public:
+    // Coloured on a terminal only.
+    MedianReporter() : ConsoleReporter(isatty(1) ? OO_Defaults : OO_None) {}
     std::map<std::string, double> medians;
 
     void ReportRuns(const std::vector<Run>& runs) override {

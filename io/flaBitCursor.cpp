@@ -21,14 +21,14 @@ void flaBitCursor::Refill(unsigned n) {
         // Eight bytes at once: the whole bytes that fit below the cached bits are
         // taken; the bits of the byte after that are cached too, and loaded again,
         // to the same place, by the next refill.
+        // The eight bytes in file order, the first on top.
+#if (defined(__GNUC__) || defined(__clang__)) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
         std::uint64_t word;
         std::memcpy(&word, next, 8);
-#if defined(__GNUC__) || defined(__clang__)
-        word = __builtin_bswap64(word);  // bytes in file order, first byte on top
+        word = __builtin_bswap64(word);
 #else
-        std::uint64_t swapped = 0;
-        for (int i = 0; i < 8; ++i) swapped = (swapped << 8) | ((word >> (8 * i)) & 0xFF);
-        word = swapped;
+        std::uint64_t word = 0;
+        for (int i = 0; i < 8; ++i) word = (word << 8) | next[i];
 #endif
         cache |= word >> count;
         const unsigned bytes = (63 - count) / 8;

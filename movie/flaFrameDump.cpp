@@ -17,7 +17,7 @@ namespace Place = flaFormat::Place;
 namespace Place3 = flaFormat::Place3;
 
 bool StartsSprite(const flaCharacterInfo& e) {
-    return e.GetCharacter()->IsSprite() && e.GetStartIndex() != flaCharacterInfo::NoStartAction;
+    return e.GetStartIndex() != flaCharacterInfo::NoStartAction && e.GetCharacter()->IsSprite();
 }
 
 // The previous frame's blend modes and filter lists, summarised (on first need) so

@@ -136,9 +136,12 @@ public:
         // reserved runs eight bytes past the tag), and the position moved past
         // those that were pending.
         std::uint64_t word = acc << (64 - accBits);
-        unsigned char bytes[8];
-        for (int i = 7; i >= 0; --i, word >>= 8) bytes[i] = static_cast<unsigned char>(word);
-        std::memcpy(out, bytes, 8);
+#if (defined(__GNUC__) || defined(__clang__)) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+        word = __builtin_bswap64(word);  // the first byte lowest in memory
+        std::memcpy(out, &word, 8);
+#else
+        for (int i = 7; i >= 0; --i, word >>= 8) out[i] = static_cast<unsigned char>(word);
+#endif
         out += accBits / 8;
         acc = 0;
         accBits = 0;

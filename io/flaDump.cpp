@@ -296,6 +296,8 @@ bool flaDump::CompressImage(const unsigned char* image, std::size_t size, int le
     if (deflateInit(&zs, level) != Z_OK) return false;
     // Deflated through a small buffer and appended, so that the output is never
     // zero-filled ahead of the stream; the bytes are those of a single compress2.
+    out.clear();
+    out.reserve(8 + n / 2);  // room for what a movie usually deflates to, reserved but not yet touched
     out.assign(image, image + 8);
     unsigned char chunk[1 << 16];
     const unsigned char* next = image + 8;
